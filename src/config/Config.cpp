@@ -1,0 +1,127 @@
+#include "Config.h"
+
+#include "config/Backups.h"
+#include "config/ConfigReader.h"
+#include "config/ConfigWriter.h"
+#include "config/FileIO.h"
+#include "platform/Log.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+/// The support page behind the default "Help" chip.
+const auto helpUrl = QStringLiteral("https://github.com/vantril/vantril#readme");
+
+ButtonSpec button(const char* title, const char* symbol, const char* action,
+                  std::optional<QString> argument = {})
+{
+    ButtonSpec spec;
+    spec.title = QString::fromUtf8(title);
+    spec.symbol = QString::fromUtf8(symbol);
+    spec.action = QString::fromUtf8(action);
+    spec.argument = std::move(argument);
+    return spec;
+}
+
+BarConfig makeDefaults()
+{
+    ButtonSpec files = button("Files", "folder", "group");
+    files.children = QList<ButtonSpec>{
+        button("Downloads", "arrow.down.circle", "open", QStringLiteral("~/Downloads")),
+        button("Documents", "doc.text", "open", QStringLiteral("~/Documents")),
+        button("Desktop", "menubar.dock.rectangle", "open", QStringLiteral("~/Desktop")),
+        button("New Folder", "folder.badge.plus", "newFolder"),
+    };
+    ButtonSpec apps = button("Apps", "square.grid.2x2", "group");
+    apps.children = QList<ButtonSpec>{
+        button("Safari", "safari", "app", QStringLiteral("Safari")),
+        button("Mail", "envelope", "app", QStringLiteral("Mail")),
+        button("Notes", "note.text", "app", QStringLiteral("Notes")),
+        button("Calendar", "calendar", "app", QStringLiteral("Calendar")),
+        button("Terminal", "terminal", "app", QStringLiteral("Terminal")),
+    };
+    ButtonSpec help = button("Help", "questionmark.circle", "url", helpUrl);
+    help.color = QStringLiteral("white");
+
+    BarConfig config;
+    config.buttons = {files, apps, help};
+    return config;
+}
+
+} // namespace
+
+namespace Config {
+
+QString dir()
+{
+    if (qEnvironmentVariableIsSet("VANTRIL_CONFIG_DIR")) {
+        const QString value = qEnvironmentVariable("VANTRIL_CONFIG_DIR");
+        return value.isEmpty() ? QDir::currentPath() : QDir::current().absoluteFilePath(value);
+    }
+    const QString xdg = qEnvironmentVariable("XDG_CONFIG_HOME");
+    if (!xdg.isEmpty() && QDir::isAbsolutePath(xdg))
+        return QDir(xdg).filePath(QStringLiteral("vantril"));
+    return QDir::home().filePath(QStringLiteral(".config/vantril"));
+}
+
+QString buttonsPath()
+{
+    return QDir(dir()).filePath(QStringLiteral("buttons.json"));
+}
+
+QString backupsDir()
+{
+    return QDir(dir()).filePath(QStringLiteral("backups"));
+}
+
+const BarConfig& defaults()
+{
+    static const BarConfig config = makeDefaults();
+    return config;
+}
+
+QByteArray encoded(const BarConfig& config)
+{
+    return ConfigWriter::write(config);
+}
+
+void save(const BarConfig& config)
+{
+    FileIO::makeFolder(dir());
+    FileIO::write(buttonsPath(), encoded(config));
+}
+
+BarConfig load(const QDateTime& now)
+{
+    const QString path = buttonsPath();
+    if (const auto bytes = FileIO::read(path)) {
+        if (auto config = ConfigReader::decode(*bytes))
+            return *config;
+    }
+
+    if (!QFileInfo::exists(path)) {
+        snapshot(false, now);
+        save(defaults());
+        return defaults();
+    }
+
+    snapshot(true, now); // keeps the unreadable file as an "invalid-" copy
+    for (const QString& backup : backupFiles()) {
+        const auto bytes = FileIO::read(backup);
+        if (!bytes)
+            continue;
+        if (auto config = ConfigReader::decode(*bytes)) {
+            Log::line(QStringLiteral("buttons.json was unreadable; restored the newest backup ") +
+                      QFileInfo(backup).fileName());
+            FileIO::write(path, *bytes);
+            return *config;
+        }
+    }
+    Log::line(QStringLiteral(
+        "buttons.json was unreadable and there is no backup; using defaults without overwriting it"));
+    return defaults();
+}
+
+} // namespace Config

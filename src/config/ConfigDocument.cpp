@@ -1,0 +1,92 @@
+#include "ConfigDocument.h"
+
+#include "config/Backups.h"
+#include "config/Config.h"
+#include "config/ConfigReader.h"
+#include "config/FileIO.h"
+#include "config/Presets.h"
+#include "dragdrop/Editing.h"
+
+ConfigDocument::ConfigDocument(const BarConfig& loaded, Clock clock)
+    : m_cfg(loaded)
+    , m_lastSaved(loaded)
+    , m_clock(std::move(clock))
+{}
+
+void ConfigDocument::commit()
+{
+    if (m_cfg.appSets) {
+        m_cfg.appSets->removeIf([](const AppSet& set) { return set.buttons.isEmpty(); });
+        if (m_cfg.appSets->isEmpty())
+            m_cfg.appSets.reset();
+    }
+    if (m_history.size() >= maxHistory)
+        m_history.removeFirst();
+    m_history.append(m_lastSaved);
+    m_lastSaved = m_cfg;
+    save();
+}
+
+void ConfigDocument::undo()
+{
+    if (m_history.isEmpty())
+        return;
+    m_cfg = m_history.takeLast();
+    m_lastSaved = m_cfg;
+    save();
+}
+
+void ConfigDocument::save()
+{
+    // buttons.json still holds the previous state, which is what the backup keeps.
+    Config::snapshot(false, m_clock());
+    Config::save(m_cfg);
+    if (m_afterChange)
+        m_afterChange();
+}
+
+bool ConfigDocument::restore(const QString& path)
+{
+    const auto bytes = FileIO::read(path);
+    if (!bytes)
+        return false;
+    auto config = ConfigReader::decode(*bytes);
+    if (!config)
+        return false;
+    Config::snapshot(true, m_clock());
+    m_cfg = std::move(*config);
+    commit();
+    return true;
+}
+
+void ConfigDocument::backupNow()
+{
+    Config::snapshot(true, m_clock());
+}
+
+void ConfigDocument::lockAll(bool locked)
+{
+    Editing::lockAll(m_cfg, locked);
+    commit();
+}
+
+void ConfigDocument::addPreset(const QString& name)
+{
+    const AppPreset* preset = Presets::named(name);
+    if (preset && Presets::merge(m_cfg, *preset) > 0)
+        commit();
+}
+
+void ConfigDocument::removePreset(const QString& name)
+{
+    const AppPreset* preset = Presets::named(name);
+    if (!preset)
+        return;
+    const bool hasSet = Presets::appliedNames(m_cfg).contains(preset->name);
+    if (!hasSet)
+        return;
+    if (Presets::strip(m_cfg, *preset) > 0)
+        commit();
+    else if (m_beep)
+        m_beep();
+}

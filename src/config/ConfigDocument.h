@@ -1,0 +1,58 @@
+#pragma once
+
+#include "config/BarConfig.h"
+#include "config/Clock.h"
+
+#include <QList>
+#include <functional>
+
+/// The configuration being edited, the configuration last saved, and the undo history.
+///
+/// Every change goes the same way: edit `cfg()` with the editing primitives, then `commit()`, which
+/// records the undo step, backs up the previous file (throttled), saves, and tells the bar to rebuild.
+class ConfigDocument
+{
+public:
+    explicit ConfigDocument(const BarConfig& loaded, Clock clock = systemNow);
+
+    BarConfig& cfg() { return m_cfg; }
+    const BarConfig& cfg() const { return m_cfg; }
+    const BarConfig& lastSaved() const { return m_lastSaved; }
+    const QList<BarConfig>& history() const { return m_history; }
+    bool canUndo() const { return !m_history.isEmpty(); }
+
+    /// Called after every saved change, to close any flyout and rebuild the bar.
+    void setAfterChange(std::function<void()> afterChange) { m_afterChange = std::move(afterChange); }
+    /// Called when a request is refused (nothing to remove, say).
+    void setBeep(std::function<void()> beep) { m_beep = std::move(beep); }
+
+    /// Saves `cfg()`: drops empty application sets, pushes the last saved state onto the history (at most
+    /// `maxHistory` entries), backs up the file on disk unless throttled, and writes the new document.
+    void commit();
+    /// Goes back to the state before the last commit; does nothing when there is none.
+    void undo();
+    /// Replaces the configuration with a readable backup, keeping the current file as a backup first;
+    /// false (and nothing changed) when the file cannot be read or decoded.
+    bool restore(const QString& path);
+    /// A forced backup of the file on disk.
+    void backupNow();
+
+    /// Locks or unlocks every button, then commits.
+    void lockAll(bool locked);
+    /// Merges the named preset into its application's set; commits only when something was added.
+    void addPreset(const QString& name);
+    /// Takes the named preset's unlocked buttons out of its application's set; beeps when none was there.
+    void removePreset(const QString& name);
+
+    static constexpr qsizetype maxHistory = 30;
+
+private:
+    void save();
+
+    BarConfig m_cfg;
+    BarConfig m_lastSaved;
+    QList<BarConfig> m_history;
+    Clock m_clock;
+    std::function<void()> m_afterChange;
+    std::function<void()> m_beep;
+};

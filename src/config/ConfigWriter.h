@@ -1,0 +1,17 @@
+#pragma once
+
+#include "config/BarConfig.h"
+
+#include <QByteArray>
+
+/// Writes the configuration document in its one canonical layout.
+///
+/// The layout is that of the pretty printer the format was first written with, so files stay
+/// byte-identical when they travel between machines: keys in ascending byte order, two spaces per
+/// level, " : " between key and value, "/" escaped as "\/", every array element object on its own
+/// line, an empty array as "[", an empty line and "]", and no line break at the end.
+namespace ConfigWriter {
+
+QByteArray write(const BarConfig& config);
+
+} // namespace ConfigWriter
