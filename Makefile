@@ -1,6 +1,6 @@
 # The two entry points: `make run` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
-SOURCES = $(shell git ls-files -co --exclude-standard -- '*.cpp' '*.h' 2>/dev/null)
+SOURCES = $(shell find src tests bench -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
 .PHONY: run test build deps test-deps unit-asan format format-check clean
 
