@@ -10,7 +10,6 @@ class TestPresetTable : public QObject
 
 private Q_SLOTS:
     void presetsInMenuOrder();
-    void builtOnce();
     void sampleButtons_data();
     void sampleButtons();
     void everyButtonIsAPlainKeysButton();
@@ -48,11 +47,6 @@ void TestPresetTable::presetsInMenuOrder()
         QCOMPARE(presets[i].bundleID, expected[i].bundleID);
         QCOMPARE(presets[i].buttons.size(), expected[i].buttons);
     }
-}
-
-void TestPresetTable::builtOnce()
-{
-    QCOMPARE(&Presets::all(), &Presets::all());
 }
 
 void TestPresetTable::sampleButtons_data()
