@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+class Beeper;
+class Clipboard;
+class InputSynthesis;
+class Scheduler;
+
+/// Presses key combinations and pastes text into the application in front.
+class Keys
+{
+public:
+    Keys(InputSynthesis& input, Clipboard& clipboard, Beeper& beeper, Scheduler& scheduler);
+
+    /// Presses a combination such as "ctrl+shift+t"; logs "Bad key combo: …" and beeps for invalid text.
+    void press(const QString& text);
+    /// Types the text by way of the clipboard: the user's plain text is put back half a second later,
+    /// whatever happened in between (an image on the clipboard is not kept).
+    void paste(const QString& text);
+
+    /// How long the pasted text stays on the clipboard before the user's own text comes back.
+    static constexpr int restoreDelayMs = 500;
+
+private:
+    InputSynthesis& m_input;
+    Clipboard& m_clipboard;
+    Beeper& m_beeper;
+    Scheduler& m_scheduler;
+};

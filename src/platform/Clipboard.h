@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+/// The desktop clipboard, as plain text only.
+class Clipboard
+{
+public:
+    Clipboard() = default;
+    virtual ~Clipboard() = default;
+    Clipboard(const Clipboard&) = delete;
+    Clipboard& operator=(const Clipboard&) = delete;
+
+    /// The clipboard's plain text, or nothing when it holds none (an image, say, or nothing at all).
+    virtual std::optional<QString> text() = 0;
+    /// Empties the clipboard.
+    virtual void clear() = 0;
+    /// Replaces the clipboard's contents with plain text.
+    virtual void setText(const QString& text) = 0;
+};

@@ -1,0 +1,46 @@
+#include "platform/Platform.h"
+#include "platform/freedesktop/DesktopFileManager.h"
+#include "platform/freedesktop/DesktopLauncher.h"
+#include "platform/freedesktop/QtClipboard.h"
+#include "platform/x11/X11InputSynthesis.h"
+
+#include <QApplication>
+
+namespace {
+
+class QtBeeper final : public Beeper
+{
+public:
+    void beep() override
+    {
+        // The X bell; desktops turn it into their alert sound or a visual bell, as the user chose.
+        if (qobject_cast<QApplication*>(QCoreApplication::instance()))
+            QApplication::beep();
+    }
+};
+
+class DesktopPlatform final : public Platform
+{
+public:
+    InputSynthesis& input() override { return m_input; }
+    Clipboard& clipboard() override { return m_clipboard; }
+    Launcher& launcher() override { return m_launcher; }
+    FileManager& fileManager() override { return m_fileManager; }
+    Beeper& beeper() override { return m_beeper; }
+    Scheduler& scheduler() override { return m_scheduler; }
+
+private:
+    X11InputSynthesis m_input;
+    QtClipboard m_clipboard;
+    DesktopLauncher m_launcher;
+    DesktopFileManager m_fileManager{m_launcher};
+    QtBeeper m_beeper;
+    QtScheduler m_scheduler;
+};
+
+} // namespace
+
+std::unique_ptr<Platform> createDesktopPlatform()
+{
+    return std::make_unique<DesktopPlatform>();
+}

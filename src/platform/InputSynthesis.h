@@ -1,0 +1,18 @@
+#pragma once
+
+#include "actions/KeyCombo.h"
+
+/// Synthetic keyboard input, delivered to whatever window has the keyboard focus.
+class InputSynthesis
+{
+public:
+    InputSynthesis() = default;
+    virtual ~InputSynthesis() = default;
+    InputSynthesis(const InputSynthesis&) = delete;
+    InputSynthesis& operator=(const InputSynthesis&) = delete;
+
+    /// Whether input may be synthesised at all in this session.
+    virtual bool isTrusted() = 0;
+    /// Presses the modifiers, presses and releases the key, releases the modifiers in reverse order.
+    virtual void post(const KeyCombo& combo) = 0;
+};

@@ -1,0 +1,58 @@
+#include "FakePlatform.h"
+
+void FakePlatform::runPending()
+{
+    while (!pending.isEmpty()) {
+        const Pending next = pending.takeFirst();
+        calls.append(QStringLiteral("waited %1 ms").arg(next.milliseconds));
+        next.work();
+    }
+}
+
+void FakePlatform::post(const KeyCombo& combo)
+{
+    calls.append(QStringLiteral("post key=%1 flags=%2").arg(combo.keyCode).arg(combo.flags));
+}
+
+void FakePlatform::clear()
+{
+    clipboardText.reset();
+    calls.append(QStringLiteral("clipboard clear"));
+}
+
+void FakePlatform::setText(const QString& text)
+{
+    clipboardText = text;
+    calls.append(QStringLiteral("clipboard set ") + text);
+}
+
+void FakePlatform::startDetached(const QString& program, const QStringList& arguments)
+{
+    calls.append((QStringList{QStringLiteral("start"), program} + arguments).join(QLatin1Char(' ')));
+}
+
+void FakePlatform::open(const QUrl& url)
+{
+    calls.append(QStringLiteral("open ") + url.toString());
+}
+
+bool FakePlatform::launchApplication(const QString& name, const QStringList& files)
+{
+    calls.append((QStringList{QStringLiteral("launch"), name} + files).join(QLatin1Char(' ')));
+    return knownApplications.contains(name);
+}
+
+void FakePlatform::reveal(const QString& path)
+{
+    calls.append(QStringLiteral("reveal ") + path);
+}
+
+void FakePlatform::beep()
+{
+    calls.append(QStringLiteral("beep"));
+}
+
+void FakePlatform::after(int milliseconds, std::function<void()> work)
+{
+    pending.append({milliseconds, std::move(work)});
+}

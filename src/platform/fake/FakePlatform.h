@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <QList>
+#include <QStringList>
+#include <functional>
+#include <optional>
+
+/// A platform that records what the program asked of it, for tests without a desktop.
+class FakePlatform final : public Platform
+                         , InputSynthesis
+                         , Clipboard
+                         , Launcher
+                         , FileManager
+                         , Beeper
+                         , Scheduler
+{
+public:
+    /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….
+    QStringList calls;
+    bool trusted = true;
+    std::optional<QString> clipboardText;
+    QString desktop;
+    QString shell = QStringLiteral("/bin/sh");
+    /// Names launchApplication accepts; any other is "not found".
+    QStringList knownApplications;
+
+    struct Pending
+    {
+        int milliseconds;
+        std::function<void()> work;
+    };
+    QList<Pending> pending;
+    /// Runs the scheduled work in order, including work scheduled while running.
+    void runPending();
+
+    InputSynthesis& input() override { return *this; }
+    Clipboard& clipboard() override { return *this; }
+    Launcher& launcher() override { return *this; }
+    FileManager& fileManager() override { return *this; }
+    Beeper& beeper() override { return *this; }
+    Scheduler& scheduler() override { return *this; }
+
+private:
+    bool isTrusted() override { return trusted; }
+    void post(const KeyCombo& combo) override;
+    std::optional<QString> text() override { return clipboardText; }
+    void clear() override;
+    void setText(const QString& text) override;
+    void startDetached(const QString& program, const QStringList& arguments) override;
+    QString loginShell() override { return shell; }
+    void open(const QUrl& url) override;
+    bool launchApplication(const QString& name, const QStringList& files) override;
+    QString desktopFolder() override { return desktop; }
+    void reveal(const QString& path) override;
+    void beep() override;
+    void after(int milliseconds, std::function<void()> work) override;
+};

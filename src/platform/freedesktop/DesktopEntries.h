@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// Finding and starting applications through the installed desktop entries (GIO underneath).
+namespace DesktopEntries {
+
+/// Starts the application `name` resolves to, in this order: an absolute path to a desktop entry or
+/// an executable; a desktop-entry id, with or without ".desktop"; an entry's name, ignoring case; a
+/// well-known application of another desktop ("Safari", "Mail", "Terminal", "Finder", "Calendar",
+/// "Notes", "TextEdit") as the user's default application for that role; a program on PATH.
+/// `files` are handed to the application to open. False when nothing was found or started.
+bool launch(const QString& name, const QStringList& files);
+
+/// Opens a URL (a file's too) with the user's default application for it.
+bool openWithDefault(const QString& uri);
+
+} // namespace DesktopEntries

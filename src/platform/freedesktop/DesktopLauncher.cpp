@@ -1,0 +1,44 @@
+#include "DesktopLauncher.h"
+
+#include "platform/freedesktop/DesktopEntries.h"
+
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <pwd.h>
+#include <unistd.h>
+
+void DesktopLauncher::startDetached(const QString& program, const QStringList& arguments)
+{
+    // A double fork: the child is adopted by init, so no zombie is left and nothing is waited for.
+    QProcess::startDetached(program, arguments);
+}
+
+QString DesktopLauncher::loginShell()
+{
+    QString shell = qEnvironmentVariable("SHELL");
+    if (shell.isEmpty()) {
+        if (const passwd* entry = ::getpwuid(::getuid()); entry && entry->pw_shell)
+            shell = QFile::decodeName(entry->pw_shell);
+    }
+    const QString name = QFileInfo(shell).fileName();
+    // csh and tcsh accept -l only as their sole option, so "-lc" would fail there.
+    if (shell.isEmpty() || name == QLatin1String("csh") || name == QLatin1String("tcsh") ||
+        !QFileInfo(shell).isExecutable())
+        return QStringLiteral("/bin/sh");
+    return shell;
+}
+
+void DesktopLauncher::open(const QUrl& url)
+{
+    // GIO first: it honours the same mimeapps.list as every desktop and needs no helper script;
+    // xdg-open still knows a few desktops' own tools and $BROWSER.
+    if (!DesktopEntries::openWithDefault(url.toString(QUrl::FullyEncoded)))
+        QDesktopServices::openUrl(url);
+}
+
+bool DesktopLauncher::launchApplication(const QString& name, const QStringList& files)
+{
+    return DesktopEntries::launch(name, files);
+}
