@@ -3,8 +3,10 @@
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
-build_packages=(cmake make g++ pkg-config qt6-base-dev libgl-dev)
-test_packages=(clang-format)
+build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libgl-dev
+    libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
+    shared-mime-info xdg-utils adwaita-icon-theme dbus)
+test_packages=(clang-format xvfb xauth openbox xdotool x11-utils xclip imagemagick)
 
 packages=("${build_packages[@]}")
 if [[ "${1:-build}" == "test" ]]; then

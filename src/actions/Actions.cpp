@@ -41,8 +41,7 @@ bool isLaunchable(const QFileInfo& info)
 Actions::Actions(Platform& platform)
     : m_platform(platform)
     , m_keys(platform.input(), platform.clipboard(), platform.beeper(), platform.scheduler())
-{
-}
+{}
 
 QString Actions::shortcutsFolder()
 {
@@ -58,9 +57,9 @@ void Actions::run(const ButtonSpec& button)
         return;
     }
     static const QStringList known = {
-        QStringLiteral("open"), QStringLiteral("app"),   QStringLiteral("shortcut"), QStringLiteral("url"),
-        QStringLiteral("folder"), QStringLiteral("keys"), QStringLiteral("paste"),   QStringLiteral("shell"),
-        QStringLiteral("applescript"),
+        QStringLiteral("open"),  QStringLiteral("app"),    QStringLiteral("shortcut"),
+        QStringLiteral("url"),   QStringLiteral("folder"), QStringLiteral("keys"),
+        QStringLiteral("paste"), QStringLiteral("shell"),  QStringLiteral("applescript"),
     };
     if (!known.contains(kind)) {
         m_platform.beeper().beep();

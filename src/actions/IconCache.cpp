@@ -16,8 +16,9 @@ QImage themeImage(const QStringList& names)
     for (const QString& name : names) {
         const QIcon icon = QIcon::fromTheme(name);
         if (!icon.isNull())
-            return icon.pixmap(iconSize, iconSize).toImage().scaled(iconSize, iconSize, Qt::KeepAspectRatio,
-                                                                     Qt::SmoothTransformation);
+            return icon.pixmap(iconSize, iconSize)
+                .toImage()
+                .scaled(iconSize, iconSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     }
     // No icon theme at all: a plain sheet of paper still says "a file".
     QImage sheet(iconSize, iconSize, QImage::Format_ARGB32_Premultiplied);

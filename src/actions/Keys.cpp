@@ -12,8 +12,7 @@ Keys::Keys(InputSynthesis& input, Clipboard& clipboard, Beeper& beeper, Schedule
     , m_clipboard(clipboard)
     , m_beeper(beeper)
     , m_scheduler(scheduler)
-{
-}
+{}
 
 void Keys::press(const QString& text)
 {

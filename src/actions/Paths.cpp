@@ -30,7 +30,8 @@ std::optional<QString> makeUntitledFolder(const QString& parent)
 {
     const QDir folder(parent);
     for (int n = 1; n < 10000; ++n) {
-        const QString name = n == 1 ? QStringLiteral("untitled folder") : QStringLiteral("untitled folder %1").arg(n);
+        const QString name =
+            n == 1 ? QStringLiteral("untitled folder") : QStringLiteral("untitled folder %1").arg(n);
         const QString path = folder.filePath(name);
         // mkdir itself refuses any existing name, dangling links included, so there is no race with
         // another program making the same folder.

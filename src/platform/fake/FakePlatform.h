@@ -8,13 +8,13 @@
 #include <optional>
 
 /// A platform that records what the program asked of it, for tests without a desktop.
-class FakePlatform final : public Platform
-                         , InputSynthesis
-                         , Clipboard
-                         , Launcher
-                         , FileManager
-                         , Beeper
-                         , Scheduler
+class FakePlatform final : public Platform,
+                           InputSynthesis,
+                           Clipboard,
+                           Launcher,
+                           FileManager,
+                           Beeper,
+                           Scheduler
 {
 public:
     /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….

@@ -86,7 +86,8 @@ Target terminalEmulator(int depth)
             return target;
     }
     // Debian's choice of terminal, set by the administrator or the desktop's packages.
-    if (const QString debian = QStandardPaths::findExecutable(QStringLiteral("x-terminal-emulator")); !debian.isEmpty())
+    if (const QString debian = QStandardPaths::findExecutable(QStringLiteral("x-terminal-emulator"));
+        !debian.isEmpty())
         return {nullptr, debian};
     return {firstEntry([](GAppInfo* app) {
                 if (!G_IS_DESKTOP_APP_INFO(app))
@@ -101,7 +102,9 @@ Target terminalEmulator(int depth)
 /// The other desktop's well-known applications, as the user's default application for their role.
 Target wellKnown(const QString& name, int depth)
 {
-    const auto is = [&](const char* known) { return name.compare(QLatin1String(known), Qt::CaseInsensitive) == 0; };
+    const auto is = [&](const char* known) {
+        return name.compare(QLatin1String(known), Qt::CaseInsensitive) == 0;
+    };
     if (is("Safari"))
         return {AppInfo(g_app_info_get_default_for_uri_scheme("https")), QString()};
     if (is("Mail"))
@@ -133,7 +136,8 @@ Target resolve(const QString& name, int depth)
         return {std::move(byId), QString()};
     const QString bareName = withoutDesktopSuffix(name);
     if (AppInfo byId = firstEntry([&](GAppInfo* app) {
-            return withoutDesktopSuffix(utf8(g_app_info_get_id(app))).compare(bareName, Qt::CaseInsensitive) == 0;
+            return withoutDesktopSuffix(utf8(g_app_info_get_id(app)))
+                       .compare(bareName, Qt::CaseInsensitive) == 0;
         }))
         return {std::move(byId), QString()};
     if (AppInfo byName = firstEntry([&](GAppInfo* app) {

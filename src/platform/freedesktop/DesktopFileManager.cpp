@@ -27,8 +27,7 @@ bool fileManagerOnBus(const QDBusConnection& bus)
 
 DesktopFileManager::DesktopFileManager(Launcher& launcher)
     : m_launcher(launcher)
-{
-}
+{}
 
 QString DesktopFileManager::desktopFolder()
 {
@@ -45,7 +44,8 @@ void DesktopFileManager::reveal(const QString& path)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (bus.isConnected() && fileManagerOnBus(bus)) {
-        QDBusMessage call = QDBusMessage::createMethodCall(fileManagerService, QStringLiteral("/org/freedesktop/FileManager1"),
+        QDBusMessage call = QDBusMessage::createMethodCall(fileManagerService,
+                                                           QStringLiteral("/org/freedesktop/FileManager1"),
                                                            fileManagerService, QStringLiteral("ShowItems"));
         call << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
         bus.asyncCall(call);

@@ -3,8 +3,8 @@
 #include "platform/x11/KeySymbols.h"
 #include "platform/x11/XcbHandles.h"
 
-#include <QList>
 #include <QGuiApplication>
+#include <QList>
 #include <QTimer>
 #include <X11/keysym.h>
 #include <xcb/xcb_keysyms.h>
@@ -42,7 +42,8 @@ std::optional<xcb_keycode_t> spareKeycode(xcb_connection_t* connection, xcb_key_
     for (int keycode = setup->max_keycode; keycode >= setup->min_keycode; --keycode) {
         bool empty = true;
         for (int column = 0; column < 8 && empty; ++column)
-            empty = xcb_key_symbols_get_keysym(symbols, static_cast<xcb_keycode_t>(keycode), column) == XCB_NO_SYMBOL;
+            empty = xcb_key_symbols_get_keysym(symbols, static_cast<xcb_keycode_t>(keycode), column) ==
+                    XCB_NO_SYMBOL;
         if (empty)
             return static_cast<xcb_keycode_t>(keycode);
     }

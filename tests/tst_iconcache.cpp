@@ -1,0 +1,38 @@
+#include "actions/IconCache.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestIconCache : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void iconsAreSmallAndNeverMissing();
+    void tildeAndFullPathShareOneEntry();
+};
+
+void TestIconCache::iconsAreSmallAndNeverMissing()
+{
+    QTemporaryDir dir;
+    for (const QString& path : {dir.path(), dir.filePath(QStringLiteral("missing.txt")),
+                                QStringLiteral("/bin/sh"), QStringLiteral("")}) {
+        const QImage image = IconCache::image(path);
+        QVERIFY2(!image.isNull(), qPrintable(path));
+        QVERIFY2(image.width() <= 16 && image.height() <= 16, qPrintable(path));
+    }
+}
+
+void TestIconCache::tildeAndFullPathShareOneEntry()
+{
+    const QImage viaTilde = IconCache::image(QStringLiteral("~"));
+    const QImage full = IconCache::image(QDir::homePath());
+    // The same cached image, not a second lookup that happens to look alike.
+    QCOMPARE(viaTilde.cacheKey(), full.cacheKey());
+    QVERIFY(IconCache::image(QStringLiteral("/")).cacheKey() != full.cacheKey() ||
+            IconCache::image(QStringLiteral("/")) == full);
+}
+
+QTEST_MAIN(TestIconCache)
+#include "tst_iconcache.moc"
