@@ -1,9 +1,5 @@
 #include "TestSupport.h"
-#include "config/Backups.h"
-#include "config/Config.h"
-#include "config/ConfigReader.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QTest>
 
@@ -14,8 +10,7 @@ class TestProgram : public QObject
 
 private Q_SLOTS:
     void parseKeysNeedsNoDisplay();
-    void startupAppliesCommandsInOrder();
-    void brokenFileIsReportedAndKept();
+    void withoutDisplayItSaysSoAndStops();
 };
 
 namespace {
@@ -65,63 +60,25 @@ void TestProgram::parseKeysNeedsNoDisplay()
     QVERIFY(entries(dir.path()).isEmpty()); // nothing was loaded or written
 }
 
-void TestProgram::startupAppliesCommandsInOrder()
+void TestProgram::withoutDisplayItSaysSoAndStops()
 {
     TempConfigDir dir;
-    auto environment = cleanEnvironment(dir);
-
-    // First launch: the defaults are written and a launch backup is taken.
-    QCOMPARE(runProgram({}, environment).status, 0);
-    QCOMPARE(readAll(dir.buttonsJson()), Config::encoded(Config::defaults()));
-    QCOMPARE(Config::backupFiles().size(), 1);
-    // Launches within one second share a backup name, so the one to restore gets its own.
-    const QString saved = QStringLiteral("buttons-2020-01-01-000000.json");
-    QVERIFY(QFile::copy(Config::backupFiles().first(), QDir(dir.backups()).filePath(saved)));
-
-    // A script adds presets; names that are not presets and empty items are skipped.
-    environment.insert(QStringLiteral("VANTRIL_PRESET"), QStringLiteral(",Mail,,Nope, Music"));
-    QCOMPARE(runProgram({}, environment).status, 0);
-    auto config = ConfigReader::decode(readAll(dir.buttonsJson()));
-    QVERIFY(config);
-    QCOMPARE(config->appSets->size(), 2);
-    QCOMPARE(config->appSets->at(0).name, QStringLiteral("Mail"));
-    QCOMPARE(config->appSets->at(1).name, QStringLiteral("Music"));
-
-    // Restore runs before the presets, and removing a preset before adding one.
-    environment.insert(QStringLiteral("VANTRIL_RESTORE"), saved);
-    environment.insert(QStringLiteral("VANTRIL_REMOVE_PRESET"), QStringLiteral("Mail"));
-    environment.insert(QStringLiteral("VANTRIL_PRESET"), QStringLiteral("Finder"));
-    QCOMPARE(runProgram({}, environment).status, 0);
-    config = ConfigReader::decode(readAll(dir.buttonsJson()));
-    QCOMPARE(config->appSets->size(), 1);
-    QCOMPARE(config->appSets->first().name, QStringLiteral("Finder"));
-    QCOMPARE(config->buttons, Config::defaults().buttons);
-
-    // Commands that do not apply change nothing.
-    const QByteArray before = readAll(dir.buttonsJson());
-    environment.insert(QStringLiteral("VANTRIL_RESTORE"), QStringLiteral("buttons-1999-01-01-000000.json"));
-    environment.insert(QStringLiteral("VANTRIL_REMOVE_PRESET"), QStringLiteral("Nope"));
-    environment.insert(QStringLiteral("VANTRIL_PRESET"), QStringLiteral("Finder"));
-    QCOMPARE(runProgram({}, environment).status, 0);
-    QCOMPARE(readAll(dir.buttonsJson()), before);
-}
-
-void TestProgram::brokenFileIsReportedAndKept()
-{
-    TempConfigDir dir;
-    QVERIFY(writeAll(dir.buttonsJson(), "{ oops"));
     const Outcome outcome = runProgram({}, cleanEnvironment(dir));
-    QCOMPARE(outcome.status, 0);
-    QCOMPARE(outcome.err, QStringLiteral("buttons.json was unreadable and there is no backup; "
-                                         "using defaults without overwriting it\n"));
-    QCOMPARE(readAll(dir.buttonsJson()), QByteArray("{ oops"));
-    const QStringList kept = entries(dir.backups());
-    QCOMPARE(kept.size(), 1);
-    QVERIFY(kept.first().startsWith(QStringLiteral("invalid-")));
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
+    QVERIFY2(outcome.err.startsWith(QStringLiteral("vantril: no X display")), qPrintable(outcome.err));
 
-    const Outcome check = runProgram({QStringLiteral("--check")}, cleanEnvironment(dir));
+    auto unreachable = cleanEnvironment(dir);
+    unreachable.insert(QStringLiteral("DISPLAY"), QStringLiteral(":4711"));
+    const Outcome refused = runProgram({}, unreachable);
+    QCOMPARE(refused.status, 1);
+    QCOMPARE(refused.err, QStringLiteral("vantril: cannot open the X display \":4711\"\n"));
+
+    // The command line still works without one.
+    const Outcome check = runProgram({QStringLiteral("--check"), dir.file(QStringLiteral("missing.json"))},
+                                     cleanEnvironment(dir));
     QCOMPARE(check.status, 1);
-    QVERIFY(check.out.startsWith(QStringLiteral("line 1, column ")));
+    QVERIFY(check.out.contains(QStringLiteral("cannot read")));
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

@@ -42,15 +42,13 @@ struct Output
 
 /// Runs a program to its end while this process keeps serving its event loop: when it owns the clipboard,
 /// the program may be waiting on this very process to hand the contents over.
-Output run(const QString& program, const QStringList& arguments, const QByteArray& input = {})
+Output run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(program, arguments);
     if (!process.waitForStarted(10000))
         return {};
-    process.write(input);
-    process.closeWriteChannel();
     QElapsedTimer timer;
     timer.start();
     while (process.state() != QProcess::NotRunning && timer.elapsed() < 10000)

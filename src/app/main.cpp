@@ -1,7 +1,9 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "platform/Platform.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QIcon>
 #include <QProcessEnvironment>
 #include <QTextStream>
 #include <cstdio>
@@ -16,8 +18,23 @@ int main(int argc, char* argv[])
     if (const auto status = CommandLine::handle(arguments, out))
         return *status;
 
-    QCoreApplication application(argc, argv);
-    AppDelegate delegate;
+    if (const auto reason = desktopUnavailableReason()) {
+        std::fprintf(stderr, "vantril: %s\n", qPrintable(*reason));
+        return 1;
+    }
+    // Key synthesis, the hot key and dock windows are X11 facilities; under Wayland, XWayland has them.
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("vantril"));
+    QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("vantril"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    // Outside GNOME and KDE Qt knows no icon theme; Adwaita has every symbol the bar draws.
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+
+    AppDelegate delegate(createDesktopPlatform());
     delegate.finishLaunching(QProcessEnvironment::systemEnvironment());
-    return 0;
+    return QApplication::exec();
 }

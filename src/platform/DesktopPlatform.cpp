@@ -2,7 +2,10 @@
 #include "platform/freedesktop/DesktopFileManager.h"
 #include "platform/freedesktop/DesktopLauncher.h"
 #include "platform/freedesktop/QtClipboard.h"
+#include "platform/freedesktop/QtScreens.h"
 #include "platform/x11/X11InputSynthesis.h"
+#include "platform/x11/X11PanelWindows.h"
+#include "platform/x11/XInputClickMonitor.h"
 
 #include <QApplication>
 
@@ -28,6 +31,9 @@ public:
     FileManager& fileManager() override { return m_fileManager; }
     Beeper& beeper() override { return m_beeper; }
     Scheduler& scheduler() override { return m_scheduler; }
+    PanelWindows& panelWindows() override { return m_panelWindows; }
+    Screens& screens() override { return m_screens; }
+    ClickMonitor& clickMonitor() override { return m_clickMonitor; }
 
 private:
     X11InputSynthesis m_input;
@@ -36,6 +42,9 @@ private:
     DesktopFileManager m_fileManager{m_launcher};
     QtBeeper m_beeper;
     QtScheduler m_scheduler;
+    X11PanelWindows m_panelWindows;
+    QtScreens m_screens;
+    XInputClickMonitor m_clickMonitor;
 };
 
 } // namespace

@@ -33,9 +33,10 @@ fail() {
 }
 
 # -displayfd lets the server pick a free display itself, so parallel sessions never collide, and it
-# writes the number only once it accepts connections.
+# writes the number only once it accepts connections. Without -noreset the server restarts whenever
+# its last client leaves, and a client connecting just then (openbox after the probe below) is refused.
 mkfifo "$session/displayfd"
-Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$session/displayfd" >"$session/x.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp -noreset 3>"$session/displayfd" >"$session/x.log" 2>&1 &
 xvfb_pid=$!
 read -r -t 30 display <"$session/displayfd" || fail "Xvfb did not start"
 [ -n "$display" ] || fail "Xvfb did not start"

@@ -56,3 +56,30 @@ void FakePlatform::after(int milliseconds, std::function<void()> work)
 {
     pending.append({milliseconds, std::move(work)});
 }
+
+void FakePlatform::prepareDock(quintptr windowId)
+{
+    calls.append(QStringLiteral("dock %1").arg(windowId));
+}
+
+void FakePlatform::setClickThrough(quintptr windowId, bool through)
+{
+    calls.append(QStringLiteral("click-through %1 %2")
+                     .arg(windowId)
+                     .arg(through ? QStringLiteral("on") : QStringLiteral("off")));
+}
+
+std::optional<ScreenInfo> FakePlatform::screenOf(const QRect& rect)
+{
+    std::optional<ScreenInfo> best;
+    qint64 bestArea = 0;
+    for (const ScreenInfo& screen : screenList) {
+        const QRect shared = screen.frame.intersected(rect);
+        const qint64 area = shared.isEmpty() ? 0 : qint64(shared.width()) * shared.height();
+        if (area > bestArea) {
+            bestArea = area;
+            best = screen;
+        }
+    }
+    return best;
+}

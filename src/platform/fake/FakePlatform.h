@@ -14,7 +14,10 @@ class FakePlatform final : public Platform,
                            Launcher,
                            FileManager,
                            Beeper,
-                           Scheduler
+                           Scheduler,
+                           PanelWindows,
+                           Screens,
+                           ClickMonitor
 {
 public:
     /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….
@@ -35,12 +38,23 @@ public:
     /// Runs the scheduled work in order, including work scheduled while running.
     void runPending();
 
+    /// Monitors, primary first; screenOf picks among them by the largest shared area, like the real one.
+    QList<ScreenInfo> screenList = {{1, QRect(0, 0, 1440, 900), QRect(0, 0, 1440, 875)}};
+    bool compositing = true;
+    /// The click monitor's callback while it runs, empty once stopped; tests call it to simulate a press.
+    std::function<void(QPoint)> clickCallback;
+    /// What pressedButtons() answers, as Qt::MouseButtons bits.
+    int buttons = 0;
+
     InputSynthesis& input() override { return *this; }
     Clipboard& clipboard() override { return *this; }
     Launcher& launcher() override { return *this; }
     FileManager& fileManager() override { return *this; }
     Beeper& beeper() override { return *this; }
     Scheduler& scheduler() override { return *this; }
+    PanelWindows& panelWindows() override { return *this; }
+    Screens& screens() override { return *this; }
+    ClickMonitor& clickMonitor() override { return *this; }
 
 private:
     bool isTrusted() override { return trusted; }
@@ -56,4 +70,12 @@ private:
     void reveal(const QString& path) override;
     void beep() override;
     void after(int milliseconds, std::function<void()> work) override;
+    void prepareDock(quintptr windowId) override;
+    bool isCompositing() override { return compositing; }
+    void setClickThrough(quintptr windowId, bool through) override;
+    QList<ScreenInfo> all() override { return screenList; }
+    std::optional<ScreenInfo> screenOf(const QRect& rect) override;
+    void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
+    void stop() override { clickCallback = nullptr; }
+    int pressedButtons() override { return buttons; }
 };

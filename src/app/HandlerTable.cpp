@@ -1,0 +1,80 @@
+#include "HandlerTable.h"
+
+#include "app/AppDelegate.h"
+#include "bar/FlyoutController.h"
+#include "config/Presets.h"
+#include "dragdrop/Editing.h"
+
+#include <QApplication>
+#include <QPointer>
+
+namespace {
+
+/// Wraps `work` so that it runs only while the controller lives, else returns `fallback`.
+template<typename Result, typename... Args, typename Work>
+std::function<Result(Args...)> weakly(AppDelegate& delegate, Work work, Result fallback = Result())
+{
+    QPointer<AppDelegate> weak(&delegate);
+    return [weak, work, fallback](Args... args) -> Result {
+        if (!weak)
+            return fallback;
+        return work(*weak, args...);
+    };
+}
+
+template<typename... Args, typename Work>
+std::function<void(Args...)> weaklyDo(AppDelegate& delegate, Work work)
+{
+    QPointer<AppDelegate> weak(&delegate);
+    return [weak, work](Args... args) {
+        if (weak)
+            work(*weak, args...);
+    };
+}
+
+} // namespace
+
+BarHandlers makeHandlers(AppDelegate& d)
+{
+    BarHandlers h;
+    h.tap = weaklyDo<const ButtonSpec&, const QRectF&>(
+        d, [](AppDelegate& a, const ButtonSpec& spec, const QRectF& frame) { a.tapped(spec, frame); });
+    h.tapInFlyout = weaklyDo<const ButtonSpec&>(
+        d, [](AppDelegate& a, const ButtonSpec& spec) { a.tappedInFlyout(spec); });
+    h.isListing = weakly<bool>(d, [](AppDelegate& a) { return a.flyouts().listingRoot().has_value(); });
+    h.remove =
+        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.removeButton(spec); });
+    h.toggleLock =
+        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.toggleLock(spec); });
+    h.lockAll = weaklyDo<bool>(d, [](AppDelegate& a, bool locked) { a.document().lockAll(locked); });
+    h.moveToGlobal =
+        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.moveToGlobal(spec); });
+    h.isContext = weakly<bool, const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) {
+        return Editing::isContext(a.document().cfg(), spec.title);
+    });
+    h.contextName = weakly<std::optional<QString>>(d, [](AppDelegate&) { return std::optional<QString>(); });
+    h.presetNames = weakly<QStringList>(d, [](AppDelegate&) {
+        QStringList names;
+        for (const AppPreset& preset : Presets::all())
+            names.append(preset.name);
+        return names;
+    });
+    h.addPreset = weaklyDo<const QString&>(
+        d, [](AppDelegate& a, const QString& name) { a.document().addPreset(name); });
+    h.appliedPresetNames =
+        weakly<QStringList>(d, [](AppDelegate& a) { return Presets::appliedNames(a.document().cfg()); });
+    h.removePreset = weaklyDo<const QString&>(
+        d, [](AppDelegate& a, const QString& name) { a.document().removePreset(name); });
+    h.backupInfos = weakly<QList<BackupInfo>>(d, [](AppDelegate&) { return Config::backupInfos(); });
+    h.restoreBackup =
+        weaklyDo<const QString&>(d, [](AppDelegate& a, const QString& path) { a.document().restore(path); });
+    h.backupNow = weaklyDo<>(d, [](AppDelegate& a) { a.document().backupNow(); });
+    h.showBackups = weaklyDo<>(d, [](AppDelegate& a) { a.showBackups(); });
+    h.undo = weaklyDo<>(d, [](AppDelegate& a) { a.document().undo(); });
+    h.autoHide = weakly<bool>(d, [](AppDelegate& a) { return a.preferences().autoHide(); });
+    h.canCheckForUpdates = weakly<bool>(d, [](AppDelegate&) { return false; });
+    h.launchAtLogin = weakly<bool>(d, [](AppDelegate&) { return false; });
+    h.editConfigFile = weaklyDo<>(d, [](AppDelegate& a) { a.editConfig(); });
+    h.quit = weaklyDo<>(d, [](AppDelegate&) { QApplication::quit(); });
+    return h;
+}

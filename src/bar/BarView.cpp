@@ -1,0 +1,158 @@
+#include "BarView.h"
+
+#include "bar/ChipLabel.h"
+#include "bar/GripView.h"
+#include "bar/Look.h"
+#include "dragdrop/DragState.h"
+
+#include <QContextMenuEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace {
+
+class Separator : public QWidget
+{
+public:
+    explicit Separator(QWidget* parent)
+        : QWidget(parent)
+    {
+        setFixedSize(1, 22);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        QColor grey = Look::secondaryColor();
+        grey.setAlphaF(0.5f);
+        painter.fillRect(rect(), grey);
+    }
+};
+
+} // namespace
+
+BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
+    : QWidget(parent)
+    , m_drag(drag)
+    , m_handlers(handlers)
+{
+    setFocusPolicy(Qt::NoFocus);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(12, 0, 12, 0);
+    row->setSpacing(8);
+    setFixedHeight(barHeight);
+    connect(&m_drag, &DragState::changed, this, &BarView::dragChanged);
+}
+
+ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
+{
+    std::optional<QString> chevron;
+    if (spec.isGroup() || spec.action == QLatin1String("folder"))
+        chevron = expandsUp ? QStringLiteral("chevron.up") : QStringLiteral("chevron.down");
+    auto* chip = new ChipLabel(spec, chevron, false, this);
+    const BarHandlers& handlers = m_handlers;
+    chip->onTap = [this, chip, &handlers] {
+        if (handlers.tap)
+            handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
+    };
+    chip->onDragMove = [chip, &handlers](const QPointF& at) {
+        if (handlers.dragMove)
+            handlers.dragMove(chip->spec(), at);
+    };
+    chip->onDragEnd = [chip, &handlers](const QPointF& at) {
+        if (handlers.dragEnd)
+            handlers.dragEnd(chip->spec(), at);
+    };
+    return chip;
+}
+
+void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextButtons, bool expandsUp)
+{
+    // Later: a chip's own tap may be what asked for this rebuild, and it is still on the stack.
+    for (QWidget* part : std::as_const(m_parts)) {
+        part->hide();
+        part->deleteLater();
+    }
+    m_parts.clear();
+    m_chips.clear();
+
+    auto* row = static_cast<QHBoxLayout*>(layout());
+    auto* grip = new GripView(this);
+    row->addWidget(grip, 0, Qt::AlignVCenter);
+    m_parts.append(grip);
+    for (const ButtonSpec& spec : config.buttons) {
+        ChipLabel* chip = makeChip(spec, expandsUp);
+        row->addWidget(chip, 0, Qt::AlignVCenter);
+        m_chips.append(chip);
+    }
+    if (!contextButtons.isEmpty()) {
+        auto* separator = new Separator(this);
+        row->addWidget(separator, 0, Qt::AlignVCenter);
+        m_parts.append(separator);
+        for (const ButtonSpec& spec : contextButtons) {
+            ChipLabel* chip = makeChip(spec, expandsUp);
+            row->addWidget(chip, 0, Qt::AlignVCenter);
+            m_chips.append(chip);
+        }
+    }
+    for (ChipLabel* chip : std::as_const(m_chips))
+        m_parts.append(chip);
+    // Children added to a widget that is already on screen stay hidden until shown.
+    for (QWidget* part : std::as_const(m_parts))
+        part->show();
+    row->activate();
+    setFixedSize(sizeHint());
+    dragChanged();
+    publishFrames();
+}
+
+QSize BarView::sizeHint() const
+{
+    return {layout()->sizeHint().width(), barHeight};
+}
+
+QHash<QString, QRectF> BarView::chipFrames() const
+{
+    QHash<QString, QRectF> frames;
+    for (const ChipLabel* chip : m_chips)
+        frames.insert(chip->spec().title, QRectF(chip->geometry()));
+    return frames;
+}
+
+void BarView::publishFrames()
+{
+    m_drag.setBarFrames(chipFrames());
+}
+
+void BarView::dragChanged()
+{
+    const auto highlight = m_drag.highlightGroup();
+    for (ChipLabel* chip : std::as_const(m_chips))
+        chip->setHighlighted(highlight == chip->spec().title);
+    update();
+}
+
+void BarView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    publishFrames();
+}
+
+void BarView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Look::plateColor());
+    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    if (const auto markerX = m_drag.markerX()) {
+        painter.setBrush(Qt::white);
+        painter.drawRoundedRect(QRectF(*markerX - 1.5, 6, 3, 28), 1.5, 1.5);
+    }
+}
+
+void BarView::contextMenuEvent(QContextMenuEvent* event)
+{
+    Q_EMIT menuRequested(event->globalPos());
+}

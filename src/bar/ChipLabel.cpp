@@ -1,0 +1,199 @@
+#include "ChipLabel.h"
+
+#include "actions/IconCache.h"
+#include "bar/Look.h"
+#include "bar/SymbolView.h"
+
+#include <QContextMenuEvent>
+#include <QFontMetrics>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+
+constexpr int paddingX = 12;
+constexpr int paddingY = 6;
+constexpr int iconSize = 16;
+constexpr int iconGap = 6;
+constexpr int chevronSize = 10;
+constexpr int chevronGap = 4;
+constexpr qreal titlePoints = 12;
+constexpr qreal emojiPoints = 13;
+
+QFont titleFont()
+{
+    return Look::font(titlePoints, QFont::Medium);
+}
+
+} // namespace
+
+ChipLabel::ChipLabel(ButtonSpec spec, std::optional<QString> chevron, bool fill, QWidget* parent)
+    : QWidget(parent)
+    , m_spec(std::move(spec))
+    , m_chevron(std::move(chevron))
+    , m_fill(fill)
+{
+    setFocusPolicy(Qt::NoFocus);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(fill ? QSizePolicy::MinimumExpanding : QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setToolTip(m_spec.argument.value_or(QString()));
+}
+
+void ChipLabel::setHighlighted(bool on)
+{
+    if (on == m_highlighted)
+        return;
+    m_highlighted = on;
+    update();
+}
+
+int ChipLabel::iconWidth() const
+{
+    if (m_spec.iconPath)
+        return iconSize;
+    if (m_spec.symbol.isEmpty())
+        return 0;
+    if (!SymbolView::icon(m_spec.symbol, Look::textColor(), iconSize, devicePixelRatioF()).isNull())
+        return iconSize;
+    return QFontMetrics(Look::font(emojiPoints)).horizontalAdvance(m_spec.symbol);
+}
+
+QSize ChipLabel::sizeHint() const
+{
+    const QFontMetrics metrics(titleFont());
+    int width = paddingX * 2 + metrics.horizontalAdvance(m_spec.title);
+    if (const int icon = iconWidth(); icon > 0)
+        width += icon + iconGap;
+    if (m_chevron)
+        width += chevronGap + chevronSize;
+    const int height = std::max(iconSize, metrics.height()) + paddingY * 2;
+    return {width, height};
+}
+
+void ChipLabel::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor tint = Look::chipColor(m_spec.tint());
+    const QRectF plate = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    QColor fill = tint;
+    fill.setAlphaF(0.18f);
+    QColor stroke = tint;
+    stroke.setAlphaF(0.55f);
+    painter.setPen(QPen(stroke, 1));
+    painter.setBrush(fill);
+    painter.drawRoundedRect(plate, Look::chipRadius, Look::chipRadius);
+
+    int x = paddingX;
+    const int middle = height() / 2;
+    if (m_spec.iconPath) {
+        const QImage image = IconCache::image(*m_spec.iconPath);
+        painter.drawImage(QRect(x, middle - iconSize / 2, iconSize, iconSize), image);
+        x += iconSize + iconGap;
+    } else if (!m_spec.symbol.isEmpty()) {
+        const QPixmap icon =
+            SymbolView::icon(m_spec.symbol, Look::textColor(), iconSize, devicePixelRatioF());
+        if (!icon.isNull()) {
+            painter.drawPixmap(QRect(x, middle - iconSize / 2, iconSize, iconSize), icon);
+            x += iconSize + iconGap;
+        } else {
+            painter.setFont(Look::font(emojiPoints));
+            painter.setPen(Look::textColor());
+            const int width = painter.fontMetrics().horizontalAdvance(m_spec.symbol);
+            painter.drawText(QRect(x, 0, width, height()), Qt::AlignVCenter | Qt::AlignLeft, m_spec.symbol);
+            x += width + iconGap;
+        }
+    }
+
+    painter.setFont(titleFont());
+    painter.setPen(Look::textColor());
+    const int titleWidth = painter.fontMetrics().horizontalAdvance(m_spec.title);
+    painter.drawText(QRect(x, 0, titleWidth, height()), Qt::AlignVCenter | Qt::AlignLeft, m_spec.title);
+    x += titleWidth;
+
+    if (m_chevron) {
+        x += chevronGap;
+        const QPixmap chevron =
+            SymbolView::icon(*m_chevron, Look::textColor(), chevronSize, devicePixelRatioF());
+        if (!chevron.isNull()) {
+            painter.drawPixmap(QRect(x, middle - chevronSize / 2, chevronSize, chevronSize), chevron);
+        } else {
+            // No icon theme: a drawn chevron keeps the stack recognisable.
+            const bool up = m_chevron == QLatin1String("chevron.up");
+            QPainterPath path;
+            const qreal top = middle - 2.5;
+            const qreal bottom = middle + 2.5;
+            path.moveTo(x + 1, up ? bottom : top);
+            path.lineTo(x + chevronSize / 2.0, up ? top : bottom);
+            path.lineTo(x + chevronSize - 1, up ? bottom : top);
+            painter.setPen(QPen(Look::textColor(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawPath(path);
+        }
+    }
+
+    if (m_spec.isLocked()) {
+        constexpr int lockSize = 8;
+        constexpr int lockPadding = 3;
+        const QRect lockRect(width() - lockPadding - lockSize, lockPadding, lockSize, lockSize);
+        const QPixmap lock = SymbolView::icon(QStringLiteral("lock.fill"), Look::secondaryColor(), lockSize,
+                                              devicePixelRatioF());
+        if (!lock.isNull()) {
+            painter.drawPixmap(lockRect, lock);
+        } else {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(Look::secondaryColor());
+            painter.drawRoundedRect(QRectF(lockRect).adjusted(1, 3, -1, 0), 1, 1);
+        }
+    }
+
+    if (m_highlighted) {
+        painter.setPen(QPen(Qt::white, 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), Look::chipRadius, Look::chipRadius);
+    }
+}
+
+void ChipLabel::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressedAt = event->globalPosition();
+    m_dragging = false;
+}
+
+void ChipLabel::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!m_pressedAt || !(event->buttons() & Qt::LeftButton))
+        return;
+    const QPointF delta = event->globalPosition() - *m_pressedAt;
+    if (!m_dragging && std::hypot(delta.x(), delta.y()) >= dragThreshold)
+        m_dragging = true;
+    if (m_dragging && onDragMove)
+        onDragMove(event->globalPosition());
+}
+
+void ChipLabel::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || !m_pressedAt)
+        return;
+    const bool dragged = m_dragging;
+    m_pressedAt.reset();
+    m_dragging = false;
+    // The callbacks may rebuild the bar and so delete this chip: nothing may touch it afterwards.
+    if (dragged) {
+        if (onDragEnd)
+            onDragEnd(event->globalPosition());
+    } else if (onTap) {
+        onTap();
+    }
+}
+
+void ChipLabel::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (onContextMenu)
+        onContextMenu(event->globalPos());
+    else
+        event->ignore();
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "config/BarConfig.h"
+
+#include <QPoint>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+/// One button drawn as a chip: icon, title, optional chevron, tinted plate and lock mark. A press that
+/// moves less than six pixels is a tap; anything longer is a drag, reported with global positions.
+class ChipLabel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ChipLabel(ButtonSpec spec, std::optional<QString> chevron, bool fill, QWidget* parent = nullptr);
+
+    const ButtonSpec& spec() const { return m_spec; }
+    void setHighlighted(bool on);
+
+    std::function<void()> onTap;
+    std::function<void(const QPointF&)> onDragMove;
+    std::function<void(const QPointF&)> onDragEnd;
+    std::function<void(const QPoint&)> onContextMenu;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+    /// How far a press must move before it becomes a drag.
+    static constexpr int dragThreshold = 6;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    int iconWidth() const;
+
+    ButtonSpec m_spec;
+    std::optional<QString> m_chevron;
+    bool m_fill;
+    bool m_highlighted = false;
+    std::optional<QPointF> m_pressedAt;
+    bool m_dragging = false;
+};

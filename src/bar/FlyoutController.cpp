@@ -1,0 +1,69 @@
+#include "FlyoutController.h"
+
+#include "bar/BarPanel.h"
+#include "bar/FlyoutView.h"
+#include "bar/FolderListing.h"
+#include "bar/Geometry.h"
+#include "platform/Platform.h"
+
+FlyoutController::FlyoutController(Platform& platform, const BarHandlers& handlers, QObject* parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_handlers(handlers)
+{}
+
+FlyoutController::~FlyoutController()
+{
+    closeFlyout();
+}
+
+void FlyoutController::showFlyout(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor)
+{
+    if (!m_bar)
+        return;
+    auto* panel = new BarPanel(m_platform.panelWindows(), QStringLiteral("Vantril flyout"));
+    panel->setContent(new FlyoutView(items, m_handlers));
+
+    const QRect bar = m_bar->frameGeometry();
+    const auto screen = m_platform.screens().screenOf(bar);
+    const std::optional<QRect> frame = screen ? std::optional<QRect>(screen->frame) : std::nullopt;
+    const std::optional<QRect> available = screen ? std::optional<QRect>(screen->available) : std::nullopt;
+    panel->move(Geometry::flyoutOrigin(bar, anchor, panel->fittingSize(), frame, available));
+    panel->showPanel();
+
+    m_flyout = panel;
+    m_anchor = anchor;
+    m_openGroup = id;
+    m_platform.clickMonitor().start([this](const QPoint& at) { pressedAt(at); });
+}
+
+void FlyoutController::showFolder(const QString& path, const QString& id, const QRectF& anchor,
+                                  const std::optional<QString>& root)
+{
+    const QList<ButtonSpec> items = FolderListing::items(path, root);
+    closeFlyout();
+    showFlyout(items, id, anchor);
+    m_listingRoot = root ? root : std::optional<QString>(path);
+}
+
+void FlyoutController::closeFlyout()
+{
+    if (m_flyout) {
+        m_flyout->hide();
+        m_flyout->deleteLater(); // the tap that closes it may come from one of its own rows
+        m_flyout = nullptr;
+    }
+    m_openGroup.reset();
+    m_listingRoot.reset();
+    m_platform.clickMonitor().stop();
+}
+
+void FlyoutController::pressedAt(const QPoint& position)
+{
+    // Presses on the bar and the flyout are theirs to handle; only the rest of the desktop closes it.
+    if (m_bar && m_bar->frameGeometry().contains(position))
+        return;
+    if (m_flyout && m_flyout->frameGeometry().contains(position))
+        return;
+    closeFlyout();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "bar/BarHandlers.h"
+#include "bar/BarPanel.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QRectF>
+#include <optional>
+
+class Platform;
+
+/// The one open flyout, if any: a stack's members or a folder listing, hung above or below its chip.
+/// It closes on a click anywhere outside the bar and itself, in any application.
+class FlyoutController : public QObject
+{
+    Q_OBJECT
+
+public:
+    FlyoutController(Platform& platform, const BarHandlers& handlers, QObject* parent = nullptr);
+    ~FlyoutController() override;
+
+    /// The bar the flyouts hang from.
+    void setBar(BarPanel* bar) { m_bar = bar; }
+
+    void showFlyout(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor);
+    void showFolder(const QString& path, const QString& id, const QRectF& anchor,
+                    const std::optional<QString>& root);
+    /// Safe to call when nothing is open.
+    void closeFlyout();
+
+    const std::optional<QString>& openGroup() const { return m_openGroup; }
+    const std::optional<QString>& listingRoot() const { return m_listingRoot; }
+    QRectF anchor() const { return m_anchor; }
+    BarPanel* panel() const { return m_flyout; }
+
+private:
+    void pressedAt(const QPoint& position);
+
+    Platform& m_platform;
+    const BarHandlers& m_handlers;
+    QPointer<BarPanel> m_bar;
+    QPointer<BarPanel> m_flyout;
+    std::optional<QString> m_openGroup;
+    std::optional<QString> m_listingRoot;
+    QRectF m_anchor;
+};

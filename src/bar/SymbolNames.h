@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QStringList>
+
+/// The icon-theme names to try for a symbol name used in the configuration ("folder", "terminal",
+/// "chevron.up", …): freedesktop names, symbolic variants first, then the name itself in case it is
+/// a theme icon already. An empty list means the symbol is drawn as text (an emoji, say).
+namespace SymbolNames {
+
+QStringList iconNames(const QString& symbol);
+
+} // namespace SymbolNames

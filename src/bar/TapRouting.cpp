@@ -1,0 +1,33 @@
+#include "TapRouting.h"
+
+namespace TapRouting {
+
+Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup)
+{
+    const bool folder = spec.action == QLatin1String("folder");
+    if (!folder && !spec.isGroup())
+        return {Route::Kind::Run, {}, {}, {}, spec.title};
+    if (openGroup == spec.title)
+        return {Route::Kind::CloseFlyout, {}, {}, {}, spec.title};
+    if (folder)
+        return {Route::Kind::OpenFolder,
+                {},
+                spec.argument.value_or(QStringLiteral("~")),
+                spec.argument,
+                spec.title};
+    return {Route::Kind::OpenStack, spec.children.value_or(QList<ButtonSpec>()), {}, {}, spec.title};
+}
+
+Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
+               const std::optional<QString>& listingRoot)
+{
+    if (spec.action != QLatin1String("folder") && spec.action != QLatin1String("navigate"))
+        return {Route::Kind::Run, {}, {}, {}, spec.title};
+    return {Route::Kind::OpenFolder,
+            {},
+            spec.argument.value_or(QStringLiteral("~")),
+            listingRoot ? listingRoot : spec.argument,
+            openGroup.value_or(spec.title)};
+}
+
+} // namespace TapRouting

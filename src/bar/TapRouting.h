@@ -1,0 +1,32 @@
+#pragma once
+
+#include "config/BarConfig.h"
+
+#include <optional>
+
+/// What a tap on a chip does, decided from the button and the flyout that is open.
+namespace TapRouting {
+
+struct Route
+{
+    enum class Kind
+    {
+        CloseFlyout, ///< the tapped stack or folder's flyout was open: a second tap closes it
+        OpenStack,   ///< close any flyout, open this stack's members
+        OpenFolder,  ///< close any flyout (or replace the listing in place), list `path`
+        Run,         ///< close any flyout, then run the button's action
+    };
+    Kind kind = Kind::Run;
+    QList<ButtonSpec> items; ///< OpenStack: the members
+    QString path;            ///< OpenFolder: the folder to list
+    std::optional<QString> root;
+    QString id; ///< the button the flyout belongs to
+};
+
+/// A chip on the bar.
+Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup);
+/// A row in the open flyout; folder and "navigate" rows walk the listing in place.
+Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
+               const std::optional<QString>& listingRoot);
+
+} // namespace TapRouting

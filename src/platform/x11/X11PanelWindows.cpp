@@ -1,0 +1,131 @@
+#include "X11PanelWindows.h"
+
+#include "platform/x11/XcbHandles.h"
+
+#include <QByteArray>
+#include <algorithm>
+#include <iterator>
+#include <xcb/shape.h>
+
+namespace {
+
+// ICCCM WM_HINTS: nine 32-bit fields, the first holding which of the others are set.
+constexpr int WmHintsFields = 9;
+constexpr std::uint32_t InputHint = 1;
+
+constexpr std::uint32_t AllDesktops = 0xFFFFFFFF;
+
+/// The screen $DISPLAY names, which is the one Qt opened; compositors claim a selection per screen.
+int defaultScreenNumber()
+{
+    char* host = nullptr;
+    int display = 0;
+    int screen = 0;
+    if (!xcb_parse_display(nullptr, &host, &display, &screen))
+        return 0;
+    const auto ownedHost = adoptReply(host);
+    return screen;
+}
+
+} // namespace
+
+bool X11PanelWindows::ensureAtoms()
+{
+    xcb_connection_t* connection = qtXcbConnection();
+    if (!connection)
+        return false;
+    if (m_haveAtoms)
+        return true;
+
+    const std::array<QByteArray, AtomCount> names = {
+        QByteArrayLiteral("_NET_WM_WINDOW_TYPE"),
+        QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"),
+        QByteArrayLiteral("_NET_WM_STATE"),
+        QByteArrayLiteral("_NET_WM_STATE_ABOVE"),
+        QByteArrayLiteral("_NET_WM_STATE_STICKY"),
+        QByteArrayLiteral("_NET_WM_STATE_SKIP_TASKBAR"),
+        QByteArrayLiteral("_NET_WM_STATE_SKIP_PAGER"),
+        QByteArrayLiteral("_NET_WM_DESKTOP"),
+        QByteArrayLiteral("_NET_WM_CM_S") + QByteArray::number(defaultScreenNumber()),
+    };
+    // All requests go out before the first reply is awaited: one round trip instead of nine.
+    std::array<xcb_intern_atom_cookie_t, AtomCount> cookies{};
+    for (int i = 0; i < AtomCount; ++i)
+        cookies[i] =
+            xcb_intern_atom(connection, 0, static_cast<uint16_t>(names[i].size()), names[i].constData());
+    bool complete = true;
+    for (int i = 0; i < AtomCount; ++i) {
+        const auto reply = adoptReply(xcb_intern_atom_reply(connection, cookies[i], nullptr));
+        m_atoms[i] = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+        complete = complete && reply;
+    }
+    // A failed round trip is tried again next time rather than leaving None atoms cached for good.
+    m_haveAtoms = complete;
+    return complete;
+}
+
+void X11PanelWindows::prepareDock(quintptr windowId)
+{
+    if (!windowId || !ensureAtoms())
+        return;
+    xcb_connection_t* connection = qtXcbConnection();
+    const auto window = static_cast<xcb_window_t>(windowId);
+
+    // Qt keeps its window group and initial state in WM_HINTS; only the input field is ours to change.
+    const auto current = adoptReply(xcb_get_property_reply(
+        connection,
+        xcb_get_property(connection, 0, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 0, WmHintsFields),
+        nullptr));
+    std::array<std::uint32_t, WmHintsFields> hints{};
+    if (current && current->format == 32) {
+        const int count = std::min(xcb_get_property_value_length(current.get()) / 4, WmHintsFields);
+        const auto* values = static_cast<const std::uint32_t*>(xcb_get_property_value(current.get()));
+        std::copy(values, values + count, hints.begin());
+    }
+    // Input False: a click on the bar must leave the keyboard with the application it types into.
+    hints[0] |= InputHint;
+    hints[1] = 0;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32,
+                        WmHintsFields, hints.data());
+
+    const xcb_atom_t type = m_atoms[WindowTypeDock];
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[WindowType], XCB_ATOM_ATOM, 32, 1,
+                        &type);
+    // openbox ignores STICKY (it does not support it) but honours the desktop below; xfwm4 wants both.
+    const xcb_atom_t states[] = {m_atoms[StateAbove], m_atoms[StateSticky], m_atoms[StateSkipTaskbar],
+                                 m_atoms[StateSkipPager]};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[State], XCB_ATOM_ATOM, 32,
+                        std::size(states), states);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[Desktop], XCB_ATOM_CARDINAL, 32, 1,
+                        &AllDesktops);
+    // The caller maps the window next through Qt, which may not flush before the map goes out.
+    xcb_flush(connection);
+}
+
+bool X11PanelWindows::isCompositing()
+{
+    if (!ensureAtoms())
+        return false;
+    xcb_connection_t* connection = qtXcbConnection();
+    const auto owner = adoptReply(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, m_atoms[CompositingManager]), nullptr));
+    return owner && owner->owner != XCB_NONE;
+}
+
+void X11PanelWindows::setClickThrough(quintptr windowId, bool through)
+{
+    xcb_connection_t* connection = qtXcbConnection();
+    if (!connection || !windowId)
+        return;
+    const xcb_query_extension_reply_t* shape = xcb_get_extension_data(connection, &xcb_shape_id);
+    if (!shape || !shape->present)
+        return;
+    // Not QWindow::setFlag(Qt::WindowTransparentForInput): Qt then rewrites _NET_WM_WINDOW_TYPE and drops
+    // DOCK, and on the way back fixes the input region at the window's size of that moment.
+    // Restoring with an oversized rectangle instead of resetting the shape to None: under xfwm4 the reset
+    // left the part of a bar that had grown since dead to clicks. The server clips it to the window.
+    const xcb_rectangle_t everything{0, 0, 32767, 32767};
+    xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
+                         static_cast<xcb_window_t>(windowId), 0, 0, through ? 0 : 1, &everything);
+    xcb_flush(connection);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/PanelWindows.h"
+
+#include <array>
+#include <cstdint>
+
+/// Dock hints through EWMH properties and click-through through the SHAPE extension's input region,
+/// written on Qt's own X connection. Does nothing when the program does not run on X11.
+class X11PanelWindows final : public PanelWindows
+{
+public:
+    void prepareDock(quintptr windowId) override;
+    bool isCompositing() override;
+    void setClickThrough(quintptr windowId, bool through) override;
+
+private:
+    enum Atom
+    {
+        WindowType,
+        WindowTypeDock,
+        State,
+        StateAbove,
+        StateSticky,
+        StateSkipTaskbar,
+        StateSkipPager,
+        Desktop,
+        CompositingManager,
+        AtomCount
+    };
+
+    bool ensureAtoms();
+
+    // xcb_atom_t, kept as a plain integer so that this header stays free of xcb.
+    std::array<std::uint32_t, AtomCount> m_atoms{};
+    bool m_haveAtoms = false;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/ClickMonitor.h"
+
+#include <cstdint>
+#include <memory>
+
+class QSocketNotifier;
+struct xcb_connection_t;
+
+/// Raw button presses from XInput 2 on a connection of its own, so that Qt's XI2 handling on its
+/// connection never sees them. Raw events reach a client that does not grab the pointer, and leave the
+/// press to whichever window is under the pointer.
+class XInputClickMonitor final : public ClickMonitor
+{
+public:
+    XInputClickMonitor();
+    ~XInputClickMonitor() override;
+
+    void start(std::function<void(QPoint)> pressed) override;
+    void stop() override;
+    int pressedButtons() override;
+
+private:
+    bool connect();
+    void select(bool presses);
+    void drain();
+
+    struct Disconnect
+    {
+        void operator()(xcb_connection_t* connection) const;
+    };
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::function<void(QPoint)> m_pressed;
+    std::uint8_t m_xinputOpcode = 0;
+    bool m_triedToConnect = false;
+};

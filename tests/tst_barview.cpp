@@ -1,0 +1,148 @@
+#include "bar/BarView.h"
+#include "bar/ChipLabel.h"
+#include "bar/FlyoutView.h"
+#include "config/Config.h"
+#include "dragdrop/DragState.h"
+
+#include <QLabel>
+#include <QTest>
+
+/// The bar's content drawn off screen: what is on it, where, and what a press on a chip does.
+class TestBarView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void rowHoldsGripChipsAndContextAfterSeparator();
+    void stacksAndFoldersShowTheirDirection();
+    void shortPressTapsLongPressDrags();
+    void emptyStackSaysSo();
+};
+
+namespace {
+
+QList<ChipLabel*> chipsOf(QWidget& view)
+{
+    return view.findChildren<ChipLabel*>(Qt::FindDirectChildrenOnly);
+}
+
+ButtonSpec button(const QString& title, const QString& action)
+{
+    ButtonSpec spec;
+    spec.title = title;
+    spec.action = action;
+    spec.symbol = QStringLiteral("folder");
+    return spec;
+}
+
+} // namespace
+
+void TestBarView::rowHoldsGripChipsAndContextAfterSeparator()
+{
+    DragState drag;
+    BarHandlers handlers;
+    BarView view(drag, handlers);
+    view.rebuild(Config::defaults(), {}, true);
+    QCOMPARE(view.height(), BarView::barHeight);
+    const QHash<QString, QRectF> frames = drag.barFrames();
+    QCOMPARE(frames.size(), 3);
+    QVERIFY(frames.value(QStringLiteral("Files")).left() >= 12 + 14 + 8); // after the margin and the grip
+    QVERIFY(frames.value(QStringLiteral("Files")).right() < frames.value(QStringLiteral("Apps")).left());
+    QVERIFY(frames.value(QStringLiteral("Help")).right() <= view.width() - 12);
+    const int plain = view.width();
+
+    view.rebuild(Config::defaults(), {button(QStringLiteral("Clear"), QStringLiteral("keys"))}, true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(chipsOf(view).size(), 4);
+    QVERIFY(view.width() > plain);
+    // The separator sits between the last shared chip and the first of the application's.
+    const QRectF help = drag.barFrames().value(QStringLiteral("Help"));
+    const QRectF clear = drag.barFrames().value(QStringLiteral("Clear"));
+    QCOMPARE(clear.left() - help.right(), 8.0 + 1 + 8);
+
+    // Two chips of one title publish one frame: the later one.
+    BarConfig twins;
+    twins.buttons = {button(QStringLiteral("Twin"), QStringLiteral("open")),
+                     button(QStringLiteral("Twin"), QStringLiteral("url"))};
+    view.rebuild(twins, {}, true);
+    QCOMPARE(drag.barFrames().size(), 1);
+    QVERIFY(drag.barFrames().value(QStringLiteral("Twin")).left() > 40);
+    view.grab().save(QStringLiteral("/tmp/barview.png"));
+}
+
+void TestBarView::stacksAndFoldersShowTheirDirection()
+{
+    DragState drag;
+    BarHandlers handlers;
+    BarView view(drag, handlers);
+    BarConfig config;
+    config.buttons = {button(QStringLiteral("Stack"), QStringLiteral("group")),
+                      button(QStringLiteral("Folder"), QStringLiteral("folder")),
+                      button(QStringLiteral("Link"), QStringLiteral("url"))};
+    view.rebuild(config, {}, true);
+    const int up = drag.barFrames().value(QStringLiteral("Stack")).width();
+    const int link = drag.barFrames().value(QStringLiteral("Link")).width();
+    view.rebuild(config, {}, false);
+    QCOMPARE(int(drag.barFrames().value(QStringLiteral("Stack")).width()), up);
+    // Only stacks and folders carry a chevron, so a link is narrower than a stack of the same title length.
+    ButtonSpec same = button(QStringLiteral("Stack"), QStringLiteral("url"));
+    config.buttons = {same};
+    view.rebuild(config, {}, true);
+    QVERIFY(drag.barFrames().value(QStringLiteral("Stack")).width() < up);
+    Q_UNUSED(link);
+}
+
+void TestBarView::shortPressTapsLongPressDrags()
+{
+    DragState drag;
+    BarHandlers handlers;
+    QStringList calls;
+    handlers.tap = [&](const ButtonSpec& spec, const QRectF& frame) {
+        calls << QStringLiteral("tap %1 %2").arg(spec.title).arg(frame.left());
+    };
+    handlers.dragMove = [&](const ButtonSpec& spec, const QPointF&) {
+        calls << QStringLiteral("move ") + spec.title;
+    };
+    handlers.dragEnd = [&](const ButtonSpec& spec, const QPointF&) {
+        calls << QStringLiteral("end ") + spec.title;
+    };
+    BarView view(drag, handlers);
+    view.rebuild(Config::defaults(), {}, true);
+    view.show();
+    ChipLabel* files = chipsOf(view).first();
+
+    QTest::mousePress(files, Qt::LeftButton, {}, QPoint(10, 10));
+    QTest::mouseMove(files, QPoint(15, 10)); // 5 pixels: still a tap
+    QTest::mouseRelease(files, Qt::LeftButton, {}, QPoint(15, 10));
+    QCOMPARE(calls,
+             QStringList{
+                 QStringLiteral("tap Files %1").arg(drag.barFrames().value(QStringLiteral("Files")).left())});
+
+    calls.clear();
+    QTest::mousePress(files, Qt::LeftButton, {}, QPoint(10, 10));
+    QTest::mouseMove(files, QPoint(16, 10));
+    QTest::mouseMove(files, QPoint(30, 12));
+    QTest::mouseRelease(files, Qt::LeftButton, {}, QPoint(30, 12));
+    QCOMPARE(calls, (QStringList{QStringLiteral("move Files"), QStringLiteral("move Files"),
+                                 QStringLiteral("end Files")}));
+}
+
+void TestBarView::emptyStackSaysSo()
+{
+    BarHandlers handlers;
+    FlyoutView empty({}, handlers);
+    const QList<QLabel*> labels = empty.findChildren<QLabel*>();
+    QCOMPARE(labels.size(), 1);
+    QCOMPARE(labels.first()->text(), QStringLiteral("Empty — drag buttons onto this stack"));
+
+    FlyoutView full(Config::defaults().buttons.first().children.value(), handlers);
+    full.adjustSize();
+    const QList<ChipLabel*> rows = chipsOf(full);
+    QCOMPARE(rows.size(), 4);
+    for (const ChipLabel* row : rows)
+        QCOMPARE(row->width(), rows.first()->width()); // every row as wide as the widest
+    full.grab().save(QStringLiteral("/tmp/flyoutview.png"));
+}
+
+QTEST_MAIN(TestBarView)
+#include "tst_barview.moc"

@@ -1,0 +1,334 @@
+// The bar's windows, monitors and the global click notice against a real X server and window manager
+// (openbox), checked from the outside with xprop and driven with xdotool like a user would.
+// Runs inside tests/x11/with-x-session.sh.
+
+#include "platform/Platform.h"
+#include "platform/x11/WorkArea.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTest>
+#include <QWidget>
+
+namespace {
+
+QString output(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    if (!process.waitForFinished(10000) || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+QString windowProperty(quintptr window, const QString& name)
+{
+    return output(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(window), name});
+}
+
+/// The window openbox calls active, 0 for None.
+quintptr activeWindow()
+{
+    const QString line =
+        output(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_ACTIVE_WINDOW")});
+    const auto match = QRegularExpression(QStringLiteral("window id # (0x[0-9a-f]+)")).match(line);
+    return match.hasMatch() ? match.captured(1).toULongLong(nullptr, 16) : 0;
+}
+
+bool xdotool(const QStringList& arguments)
+{
+    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+}
+
+bool clickAt(const QPoint& global, int button = 1)
+{
+    // No --sync: it waits for a motion that never comes when the pointer is already there (15 s each).
+    // The warp and the press travel on one connection, so the server still sees them in order.
+    return xdotool({QStringLiteral("mousemove"), QString::number(global.x()), QString::number(global.y()),
+                    QStringLiteral("click"), QString::number(button)});
+}
+
+/// A window that counts the presses it gets.
+class Recorder : public QWidget
+{
+public:
+    using QWidget::QWidget;
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override { ++presses; }
+};
+
+} // namespace
+
+class TestX11Panel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void dockProperties();
+    void clickLeavesFocusAlone();
+    void clickThrough();
+    void wmHintsWithoutQtsHelp();
+    void screens();
+    void panelReservesSpace();
+    void clickMonitorSeesOtherClients();
+    void pressedButtons();
+
+private:
+    std::unique_ptr<Platform> m_platform;
+    std::unique_ptr<Recorder> m_below;
+    std::unique_ptr<Recorder> m_bar;
+};
+
+void TestX11Panel::initTestCase()
+{
+    QCOMPARE(QGuiApplication::platformName(), QStringLiteral("xcb"));
+    m_platform = createDesktopPlatform();
+
+    m_below = std::make_unique<Recorder>();
+    m_below->setWindowTitle(QStringLiteral("below"));
+    m_below->setGeometry(200, 200, 500, 300);
+    m_below->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_below.get()));
+    m_below->activateWindow();
+    QTRY_COMPARE(activeWindow(), m_below->winId());
+
+    // The flags the bar itself uses.
+    m_bar = std::make_unique<Recorder>(nullptr);
+    m_bar->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                          Qt::WindowDoesNotAcceptFocus);
+    m_bar->setAttribute(Qt::WA_ShowWithoutActivating);
+    m_bar->setFocusPolicy(Qt::NoFocus);
+    const QRect belowFrame = m_below->geometry();
+    m_bar->setGeometry(QRect(QPoint(0, 0), QSize(200, 60)).translated(belowFrame.center() - QPoint(100, 30)));
+    m_platform->panelWindows().prepareDock(m_bar->winId());
+    m_bar->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_bar.get()));
+    QTRY_VERIFY(windowProperty(m_bar->winId(), QStringLiteral("_NET_WM_STATE"))
+                    .contains(QStringLiteral("SKIP_PAGER")));
+    QVERIFY(m_below->geometry().contains(m_bar->geometry()));
+}
+
+void TestX11Panel::cleanupTestCase()
+{
+    m_platform->clickMonitor().stop();
+    m_bar.reset();
+    m_below.reset();
+}
+
+void TestX11Panel::dockProperties()
+{
+    const quintptr bar = m_bar->winId();
+    QCOMPARE(windowProperty(bar, QStringLiteral("_NET_WM_WINDOW_TYPE")).trimmed(),
+             QStringLiteral("_NET_WM_WINDOW_TYPE(ATOM) = _NET_WM_WINDOW_TYPE_DOCK"));
+    const QString state = windowProperty(bar, QStringLiteral("_NET_WM_STATE"));
+    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(state));
+    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_SKIP_TASKBAR")), qPrintable(state));
+    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_SKIP_PAGER")), qPrintable(state));
+    QCOMPARE(windowProperty(bar, QStringLiteral("_NET_WM_DESKTOP")).trimmed(),
+             QStringLiteral("_NET_WM_DESKTOP(CARDINAL) = 4294967295"));
+    const QString hints = windowProperty(bar, QStringLiteral("WM_HINTS"));
+    QVERIFY2(hints.contains(QStringLiteral("accepts input or input focus: False")), qPrintable(hints));
+}
+
+void TestX11Panel::clickLeavesFocusAlone()
+{
+    const quintptr before = activeWindow();
+    QCOMPARE(before, m_below->winId());
+    const int barPresses = m_bar->presses;
+    QVERIFY(clickAt(m_bar->geometry().center()));
+    QTRY_COMPARE(m_bar->presses, barPresses + 1);
+    QTest::qWait(200);
+    QCOMPARE(activeWindow(), before);
+}
+
+void TestX11Panel::clickThrough()
+{
+    const QPoint spot = m_bar->geometry().center();
+    const int barPresses = m_bar->presses;
+    const int belowPresses = m_below->presses;
+
+    m_platform->panelWindows().setClickThrough(m_bar->winId(), true);
+    QVERIFY(clickAt(spot));
+    QTRY_COMPARE(m_below->presses, belowPresses + 1);
+    QCOMPARE(m_bar->presses, barPresses);
+    QVERIFY(m_bar->isVisible());
+
+    m_platform->panelWindows().setClickThrough(m_bar->winId(), false);
+    QVERIFY(clickAt(spot));
+    QTRY_COMPARE(m_bar->presses, barPresses + 1);
+    QTest::qWait(100);
+    QCOMPARE(m_below->presses, belowPresses + 1);
+
+    // A bar that grew while clicks went through takes clicks over its whole new size once they come back.
+    m_platform->panelWindows().setClickThrough(m_bar->winId(), true);
+    m_bar->resize(m_bar->width() + 100, m_bar->height());
+    QTRY_COMPARE(m_bar->width(), 300);
+    m_platform->panelWindows().setClickThrough(m_bar->winId(), false);
+    QVERIFY(clickAt(m_bar->geometry().topRight() + QPoint(-20, 20)));
+    QTRY_COMPARE(m_bar->presses, barPresses + 2);
+    QTest::qWait(100);
+    QCOMPARE(m_below->presses, belowPresses + 1);
+}
+
+void TestX11Panel::wmHintsWithoutQtsHelp()
+{
+    // Without Qt::WindowDoesNotAcceptFocus Qt writes input True; prepareDock alone must turn it off.
+    Recorder plain(nullptr);
+    plain.setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    plain.setAttribute(Qt::WA_ShowWithoutActivating);
+    plain.setGeometry(QRect(m_below->geometry().bottomLeft() - QPoint(-20, 80), QSize(100, 40)));
+    const quintptr window = plain.winId();
+    const QString before = windowProperty(window, QStringLiteral("WM_HINTS"));
+    QVERIFY2(before.contains(QStringLiteral("input focus: True")), qPrintable(before));
+    m_platform->panelWindows().prepareDock(window);
+    const QString after = windowProperty(window, QStringLiteral("WM_HINTS"));
+    QVERIFY2(after.contains(QStringLiteral("input focus: False")), qPrintable(after));
+    // Qt's window group survives the rewrite.
+    const auto group = QRegularExpression(QStringLiteral("group leader: 0x[0-9a-f]+")).match(before);
+    QVERIFY2(group.hasMatch(), qPrintable(before));
+    QVERIFY2(after.contains(group.captured()), qPrintable(after));
+
+    plain.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&plain));
+    const quintptr active = activeWindow();
+    QVERIFY(clickAt(plain.geometry().center()));
+    QTRY_COMPARE(plain.presses, 1);
+    QTest::qWait(200);
+    QCOMPARE(activeWindow(), active);
+}
+
+void TestX11Panel::screens()
+{
+    Screens& screens = m_platform->screens();
+    const QList<ScreenInfo> all = screens.all();
+    QCOMPARE(all.size(), 1);
+    QVERIFY(all[0].number != 0);
+    QCOMPARE(all[0].frame, QRect(0, 0, 1440, 900));
+    QVERIFY(all[0].frame.contains(all[0].available));
+    QVERIFY(!all[0].available.isEmpty());
+
+    QCOMPARE(screens.screenOf(QRect(100, 100, 50, 50)), std::optional<ScreenInfo>(all[0]));
+    QCOMPARE(screens.screenOf(QRect(1400, 850, 200, 200)), std::optional<ScreenInfo>(all[0]));
+    QVERIFY(!screens.screenOf(QRect(2000, 100, 50, 50)));
+}
+
+void TestX11Panel::panelReservesSpace()
+{
+    QCOMPARE(currentWorkArea(), std::optional<QRect>(QRect(0, 0, 1440, 900)));
+
+    QWidget panel(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    panel.setAttribute(Qt::WA_ShowWithoutActivating);
+    panel.setGeometry(0, 860, 1440, 40);
+    m_platform->panelWindows().prepareDock(panel.winId());
+    // A 40 pixel strut at the bottom, as a taskbar would claim.
+    QVERIFY(QProcess::execute(QStringLiteral("xprop"),
+                              {QStringLiteral("-id"), QString::number(panel.winId()), QStringLiteral("-f"),
+                               QStringLiteral("_NET_WM_STRUT"), QStringLiteral("32c"), QStringLiteral("-set"),
+                               QStringLiteral("_NET_WM_STRUT"), QStringLiteral("0, 0, 0, 40")}) == 0);
+    panel.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&panel));
+
+    QTRY_COMPARE(currentWorkArea(), std::optional<QRect>(QRect(0, 0, 1440, 860)));
+    QTRY_COMPARE(m_platform->screens().all()[0].available, QRect(0, 0, 1440, 860));
+    QCOMPARE(m_platform->screens().all()[0].frame, QRect(0, 0, 1440, 900));
+
+    panel.hide();
+    QTRY_COMPARE(currentWorkArea(), std::optional<QRect>(QRect(0, 0, 1440, 900)));
+}
+
+void TestX11Panel::clickMonitorSeesOtherClients()
+{
+    QProcess message;
+    message.start(QStringLiteral("xmessage"),
+                  {QStringLiteral("-name"), QStringLiteral("vantril-probe"), QStringLiteral("-geometry"),
+                   QStringLiteral("400x200+900+100"), QStringLiteral("a window of another program")});
+    QVERIFY(message.waitForStarted());
+    const QString found =
+        output(QStringLiteral("xdotool"),
+               {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                QStringLiteral("--classname"), QStringLiteral("vantril-probe")});
+    QVERIFY2(!found.trimmed().isEmpty(), "xmessage did not appear");
+    const QString geometry =
+        output(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
+                                           found.split(QLatin1Char('\n')).first()});
+    const auto x = QRegularExpression(QStringLiteral("X=(\\d+)")).match(geometry);
+    const auto y = QRegularExpression(QStringLiteral("Y=(\\d+)")).match(geometry);
+    QVERIFY2(x.hasMatch() && y.hasMatch(), qPrintable(geometry));
+    // Into the message text, well clear of xmessage's "okay" button at the bottom.
+    const QPoint spot(x.captured(1).toInt() + 30, y.captured(1).toInt() + 20);
+
+    QList<QPoint> seen;
+    ClickMonitor& monitor = m_platform->clickMonitor();
+    monitor.start([&seen](QPoint at) { seen.append(at); });
+
+    QVERIFY(clickAt(spot, 1));
+    QTRY_COMPARE(seen.size(), 1);
+    QCOMPARE(seen[0], spot);
+
+    QVERIFY(clickAt(spot, 3));
+    QTRY_COMPARE(seen.size(), 2);
+    QCOMPARE(seen[1], spot);
+
+    // The middle button and the wheel are not of interest.
+    QVERIFY(clickAt(spot, 2));
+    QVERIFY(clickAt(spot, 4));
+    QVERIFY(clickAt(spot, 5));
+    QTest::qWait(300);
+    QCOMPARE(seen.size(), 2);
+
+    // Presses on the program's own windows are reported too; the caller tells them apart by position.
+    const int belowPresses = m_below->presses;
+    QVERIFY(clickAt(m_below->geometry().topLeft() + QPoint(20, 20)));
+    QTRY_COMPARE(seen.size(), 3);
+    QTRY_COMPARE(m_below->presses, belowPresses + 1);
+
+    // A replaced callback gets the next press instead of the old one.
+    int replaced = 0;
+    monitor.start([&replaced](QPoint) { ++replaced; });
+    QVERIFY(clickAt(spot, 1));
+    QTRY_COMPARE(replaced, 1);
+    QCOMPARE(seen.size(), 3);
+
+    monitor.stop();
+    QVERIFY(clickAt(spot, 1));
+    QVERIFY(clickAt(spot, 3));
+    QTest::qWait(300);
+    QCOMPARE(replaced, 1);
+    QCOMPARE(seen.size(), 3);
+
+    // And it starts again after a stop.
+    monitor.start([&seen](QPoint at) { seen.append(at); });
+    QVERIFY(clickAt(spot, 1));
+    QTRY_COMPARE(seen.size(), 4);
+    monitor.stop();
+
+    message.kill();
+    message.waitForFinished();
+}
+
+void TestX11Panel::pressedButtons()
+{
+    ClickMonitor& monitor = m_platform->clickMonitor();
+    const QPoint spot = m_below->geometry().topLeft() + QPoint(40, 40);
+    QVERIFY(xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(spot.x()),
+                     QString::number(spot.y())}));
+    QCOMPARE(monitor.pressedButtons(), 0);
+
+    QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("1")}));
+    QTRY_COMPARE(monitor.pressedButtons(), int(Qt::LeftButton));
+    QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("3")}));
+    QTRY_COMPARE(monitor.pressedButtons(), int(Qt::LeftButton | Qt::RightButton));
+    QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("3")}));
+    QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("1")}));
+    QTRY_COMPARE(monitor.pressedButtons(), 0);
+}
+
+QTEST_MAIN(TestX11Panel)
+#include "tst_x11panel.moc"
