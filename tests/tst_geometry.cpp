@@ -1,0 +1,116 @@
+#include "bar/Geometry.h"
+#include "platform/DisplayNumber.h"
+
+#include <QTest>
+
+/// Placement arithmetic. The cases come from a screen 1440 × 900 whose bottom 25 pixels are taken by a
+/// panel; positions are Qt's (y down), and fractions are measured from the bottom-left corner.
+class TestGeometry : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void defaultPlaceIsCentredNearTheEdge();
+    void savedPlaceIsClampedIntoTheAvailableArea();
+    void fractionsRoundTrip();
+    void directionFollowsTheHalfOfTheScreen();
+    void refitKeepsLeftAndBottomEdges();
+    void flyoutsHangFromTheirChip();
+    void displayNumbersAreStableHashes();
+};
+
+namespace {
+
+const QRect screen(0, 0, 1440, 900);
+const QRect panelAtBottom(0, 0, 1440, 875);      // a 25-pixel panel along the bottom
+const QRect panelsTopAndBottom(0, 25, 1440, 850); // 25 pixels at each end
+
+} // namespace
+
+void TestGeometry::defaultPlaceIsCentredNearTheEdge()
+{
+    QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, false), QPoint(570, 819)); // 31 above the bottom of the screen
+    QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, true), QPoint(570, 6));
+    QCOMPARE(Geometry::defaultOrigin(QSize(301, 40), QRect(1440, 0, 1920, 1080), false), QPoint(1440 + 810, 1034));
+}
+
+void TestGeometry::savedPlaceIsClampedIntoTheAvailableArea()
+{
+    // Saved at the very bottom of the screen: lifted onto the available area.
+    QCOMPARE(Geometry::originFromFractions({0.25, 0}, QSize(300, 40), screen, panelsTopAndBottom), QPoint(360, 835));
+    // Too far right: pushed back so the whole bar shows.
+    QCOMPARE(Geometry::originFromFractions({0.95, 0.5}, QSize(300, 40), screen, panelsTopAndBottom).x(), 1140);
+    // Wider than the area: pinned to its left edge; taller: pinned to its bottom.
+    QCOMPARE(Geometry::clampToAvailable(QPoint(500, 100), QSize(2000, 40), panelsTopAndBottom).x(), 0);
+    QCOMPARE(Geometry::clampToAvailable(QPoint(0, 0), QSize(100, 1000), panelsTopAndBottom).y(), 875 - 1000);
+    // Above the area: moved down into it.
+    QCOMPARE(Geometry::clampToAvailable(QPoint(10, 0), QSize(100, 40), panelsTopAndBottom), QPoint(10, 25));
+}
+
+void TestGeometry::fractionsRoundTrip()
+{
+    const QRect bar(360, 835, 300, 40);
+    const Geometry::Fractions fractions = Geometry::fractionsOf(bar, screen);
+    QCOMPARE(fractions.ox, 0.25);
+    QCOMPARE(fractions.oy, 25.0 / 900);
+    QCOMPARE(Geometry::originFromFractions(fractions, bar.size(), screen, screen), bar.topLeft());
+    // On a screen of another size the bar keeps its relative place.
+    const QRect large(0, 0, 2880, 1800);
+    QCOMPARE(Geometry::originFromFractions(fractions, bar.size(), large, large), QPoint(720, 1800 - 50 - 40));
+    // A second monitor to the right: fractions are of that monitor.
+    const QRect right(1440, 0, 1920, 1080);
+    QCOMPARE(Geometry::fractionsOf(QRect(1440 + 480, 1080 - 40, 300, 40), right).ox, 0.25);
+}
+
+void TestGeometry::directionFollowsTheHalfOfTheScreen()
+{
+    QVERIFY(Geometry::expandsUp(QRect(0, 855, 300, 40), screen));
+    QVERIFY(!Geometry::expandsUp(QRect(0, 6, 300, 40), screen));
+    QVERIFY(!Geometry::expandsUp(QRect(0, 430, 300, 40), screen)); // centre exactly in the middle
+    QVERIFY(Geometry::expandsUp(QRect(0, 431, 300, 40), screen));
+}
+
+void TestGeometry::refitKeepsLeftAndBottomEdges()
+{
+    QCOMPARE(Geometry::refit(QRect(100, 800, 300, 40), QSize(400, 40), screen), QRect(100, 800, 400, 40));
+    QCOMPARE(Geometry::refit(QRect(100, 800, 300, 50), QSize(300, 40), screen), QRect(100, 810, 300, 40));
+    // Grown past the right edge: pushed left just enough.
+    QCOMPARE(Geometry::refit(QRect(1200, 800, 200, 40), QSize(300, 40), screen), QRect(1140, 800, 300, 40));
+    // Wider than the screen: never past its left edge.
+    QCOMPARE(Geometry::refit(QRect(1200, 800, 200, 40), QSize(2000, 40), screen).x(), 0);
+}
+
+void TestGeometry::flyoutsHangFromTheirChip()
+{
+    const QRect lowBar(570, 829, 300, 40);
+    const QRectF chip(40, 6, 80, 28);
+    // Centred on the chip, its bottom 4 pixels above the bar.
+    QCOMPARE(Geometry::flyoutOrigin(lowBar, chip, QSize(160, 200), screen, panelAtBottom), QPoint(570, 625));
+    // A bar in the upper half: below it, 4 pixels under its bottom edge.
+    const QRect highBar(570, 6, 300, 40);
+    QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(160, 200), screen, panelAtBottom).y(), 50);
+    // At the left edge of the screen: kept 4 pixels inside.
+    QCOMPARE(Geometry::flyoutOrigin(QRect(0, 829, 300, 40), QRectF(12, 6, 40, 28), QSize(160, 200), screen,
+                                     panelAtBottom).x(),
+             4);
+    // Wider than the screen: the right margin wins.
+    QCOMPARE(Geometry::flyoutOrigin(lowBar, chip, QSize(1500, 200), screen, panelAtBottom).x(), 1440 - 1500 - 4);
+    // No screen known: above the bar, clamped to the bar itself.
+    QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(100, 50), std::nullopt, std::nullopt), QPoint(600, -48));
+}
+
+void TestGeometry::displayNumbersAreStableHashes()
+{
+    const quint32 byName = displayNumber(QString(), QString(), QString(), QStringLiteral("screen"));
+    QCOMPARE(byName, displayNumber(QStringLiteral("ACME"), QStringLiteral("X1"), QString(), QStringLiteral("screen")));
+    QCOMPARE(byName, 0x8f43c982u); // FNV-1a of "name|screen"
+    const quint32 byEdid = displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC123"),
+                                         QStringLiteral("DP-1"));
+    QCOMPARE(byEdid, displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC123"),
+                                   QStringLiteral("HDMI-2")));
+    QVERIFY(byEdid != displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC124"),
+                                    QStringLiteral("DP-1")));
+}
+
+QTEST_APPLESS_MAIN(TestGeometry)
+#include "tst_geometry.moc"

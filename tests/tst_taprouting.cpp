@@ -1,0 +1,125 @@
+#include "TestSupport.h"
+#include "app/Preferences.h"
+#include "bar/SymbolNames.h"
+#include "bar/TapRouting.h"
+
+#include <QTest>
+
+class TestTapRouting : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void barTapsOpenCloseOrRun();
+    void flyoutRowsWalkListingsInPlace();
+    void symbolsMapToThemeIconsOrText();
+    void savedPositionNeedsBothFractions();
+};
+
+namespace {
+
+ButtonSpec button(const QString& title, const QString& action, std::optional<QString> argument = {})
+{
+    ButtonSpec spec;
+    spec.title = title;
+    spec.action = action;
+    spec.argument = std::move(argument);
+    return spec;
+}
+
+using Kind = TapRouting::Route::Kind;
+
+} // namespace
+
+void TestTapRouting::barTapsOpenCloseOrRun()
+{
+    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
+    QCOMPARE(TapRouting::onBar(stack, std::nullopt).kind, Kind::OpenStack);
+    QVERIFY(TapRouting::onBar(stack, std::nullopt).items.isEmpty()); // no members: an empty flyout
+    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
+    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Apps")).items.size(), 1);
+    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Files")).kind, Kind::CloseFlyout);
+
+    const ButtonSpec folder = button(QStringLiteral("Docs"), QStringLiteral("folder"), QStringLiteral("~/Documents"));
+    const auto route = TapRouting::onBar(folder, QStringLiteral("Files"));
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.path, QStringLiteral("~/Documents"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("~/Documents")));
+    QCOMPARE(route.id, QStringLiteral("Docs"));
+    QCOMPARE(TapRouting::onBar(folder, QStringLiteral("Docs")).kind, Kind::CloseFlyout);
+    const auto home = TapRouting::onBar(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt);
+    QCOMPARE(home.path, QStringLiteral("~"));
+    QVERIFY(!home.root);
+
+    // Everything else runs, even with its own title's flyout open.
+    QCOMPARE(TapRouting::onBar(button(QStringLiteral("Help"), QStringLiteral("url")), QStringLiteral("Help")).kind,
+             Kind::Run);
+    QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind, Kind::Run);
+}
+
+void TestTapRouting::flyoutRowsWalkListingsInPlace()
+{
+    const ButtonSpec sub = button(QStringLiteral("sub"), QStringLiteral("folder"), QStringLiteral("/data/sub"));
+    auto route = TapRouting::inFlyout(sub, QStringLiteral("Docs"), QStringLiteral("/data"));
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.path, QStringLiteral("/data/sub"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data"))); // the walk keeps its root
+    QCOMPARE(route.id, QStringLiteral("Docs"));
+
+    const ButtonSpec up = button(QStringLiteral("‹ data"), QStringLiteral("navigate"), QStringLiteral("/data"));
+    QCOMPARE(TapRouting::inFlyout(up, QStringLiteral("Docs"), QStringLiteral("/data")).path, QStringLiteral("/data"));
+
+    // A folder member of a stack starts a listing rooted at itself.
+    route = TapRouting::inFlyout(sub, QStringLiteral("Files"), std::nullopt);
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
+    route = TapRouting::inFlyout(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt, std::nullopt);
+    QCOMPARE(route.path, QStringLiteral("~"));
+    QCOMPARE(route.id, QStringLiteral("Home"));
+
+    QCOMPARE(TapRouting::inFlyout(button(QStringLiteral("a.txt"), QStringLiteral("open"), QStringLiteral("/a.txt")),
+                                  QStringLiteral("Docs"), QStringLiteral("/data"))
+                 .kind,
+             Kind::Run);
+}
+
+void TestTapRouting::symbolsMapToThemeIconsOrText()
+{
+    QCOMPARE(SymbolNames::iconNames(QStringLiteral("folder")).first(), QStringLiteral("folder-symbolic"));
+    QCOMPARE(SymbolNames::iconNames(QStringLiteral("chevron.up")).first(), QStringLiteral("go-up-symbolic"));
+    // A theme's own name is tried too, for users who know their icon theme.
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("firefox")).contains(QStringLiteral("firefox")));
+    // Emoji, words with capitals and the empty symbol are text (or nothing).
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("📁")).isEmpty());
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("Hello")).isEmpty());
+    QVERIFY(SymbolNames::iconNames(QString()).isEmpty());
+}
+
+void TestTapRouting::savedPositionNeedsBothFractions()
+{
+    QTemporaryDir xdg;
+    qputenv("XDG_CONFIG_HOME", xdg.path().toLocal8Bit());
+    const QString ini = xdg.filePath(QStringLiteral("vantril/vantril.ini"));
+    QVERIFY(QDir().mkpath(xdg.filePath(QStringLiteral("vantril"))));
+    {
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\n"));
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\noy=left\ndisplay=7\n"));
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\noy=0.5\ndisplay=screen\n"));
+        const auto odd = Preferences().barPosition();
+        QVERIFY(odd);
+        QCOMPARE(odd->display, 0u); // a display that is not a number reads as 0
+    }
+    Preferences().setBarPosition({4000000000u, 0.1, 0.9});
+    const auto saved = Preferences().barPosition();
+    QVERIFY(saved);
+    QCOMPARE(saved->display, 4000000000u);
+    QCOMPARE(saved->ox, 0.1);
+    QCOMPARE(saved->oy, 0.9);
+    QVERIFY(Preferences().showStatusItem()); // absent reads as on
+    QVERIFY(!Preferences().autoHide());
+}
+
+QTEST_APPLESS_MAIN(TestTapRouting)
+#include "tst_taprouting.moc"
