@@ -38,7 +38,7 @@ void Keys::paste(const QString& text)
     const std::optional<QString> saved = m_clipboard.text();
     m_clipboard.clear();
     m_clipboard.setText(text);
-    press(QStringLiteral("ctrl+v"));
+    press(m_pasteKeys);
     // Unconditional, even if something else was copied meanwhile: a second paste within the delay
     // saves this paste's text and so restores it last, which is accepted.
     Clipboard& clipboard = m_clipboard;

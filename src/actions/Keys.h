@@ -18,6 +18,8 @@ public:
     /// Types the text by way of the clipboard: the user's plain text is put back half a second later,
     /// whatever happened in between (an image on the clipboard is not kept).
     void paste(const QString& text);
+    /// The keystroke that pastes in the application in front: terminals take "ctrl+shift+v".
+    void setPasteKeys(const QString& combo) { m_pasteKeys = combo; }
 
     /// How long the pasted text stays on the clipboard before the user's own text comes back.
     static constexpr int restoreDelayMs = 500;
@@ -27,4 +29,5 @@ private:
     Clipboard& m_clipboard;
     Beeper& m_beeper;
     Scheduler& m_scheduler;
+    QString m_pasteKeys = QStringLiteral("ctrl+v");
 };

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "actions/Paths.h"
 #include "app/HandlerTable.h"
 #include "app/StartupCommands.h"
 #include "bar/BarPanel.h"
@@ -9,6 +10,8 @@
 #include "bar/TapRouting.h"
 #include "config/Backups.h"
 #include "config/Config.h"
+#include "config/ConfigWatcher.h"
+#include "dragdrop/DragEditing.h"
 #include "dragdrop/Editing.h"
 #include "platform/Platform.h"
 
@@ -59,7 +62,41 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     watchScreens();
 
     StartupCommands::applyConfigCommands(*m_document, environment);
+
+    m_watcher = std::make_unique<ConfigWatcher>(
+        [this]() -> const BarConfig& { return m_document->cfg(); },
+        [this](const BarConfig& edited) { m_document->adoptExternal(edited); });
+    m_watcher->start();
+    trackFrontApp(environment);
     scheduleStartupMoves(environment);
+}
+
+void AppDelegate::trackFrontApp(const QProcessEnvironment& environment)
+{
+    // A fixed context for scripts and tests; a value that does not name one turns contexts off.
+    if (environment.contains(QStringLiteral("VANTRIL_CONTEXT_APP"))) {
+        m_contextApp = AppContext::fromEnvironment(environment.value(QStringLiteral("VANTRIL_CONTEXT_APP")));
+        if (m_contextApp)
+            reloadBar();
+        return;
+    }
+    FrontApplication& front = m_platform->frontApplication();
+    if (const auto app = front.current())
+        adopt(*app);
+    front.watch([this](const ContextApp& app) { adopt(app); });
+}
+
+void AppDelegate::adopt(const ContextApp& app)
+{
+    const std::optional<QString> before =
+        m_contextApp ? std::optional<QString>(m_contextApp->id) : std::nullopt;
+    m_contextApp = app;
+    m_actions->keys().setPasteKeys(app.isTerminal ? QStringLiteral("ctrl+shift+v")
+                                                  : QStringLiteral("ctrl+v"));
+    if (before != app.id) {
+        closeFlyout();
+        reloadBar();
+    }
 }
 
 void AppDelegate::createBar(bool top)
@@ -85,7 +122,7 @@ void AppDelegate::createBar(bool top)
 
 QList<ButtonSpec> AppDelegate::contextButtons() const
 {
-    return {};
+    return m_document ? AppContext::contextButtons(m_document->cfg(), m_contextApp) : QList<ButtonSpec>();
 }
 
 void AppDelegate::reloadBar()
@@ -279,4 +316,84 @@ void AppDelegate::showBackups()
 void AppDelegate::editConfig()
 {
     m_platform->launcher().open(QUrl::fromLocalFile(Config::buttonsPath()));
+}
+
+void AppDelegate::moveToContext(const ButtonSpec& spec)
+{
+    if (AppContext::moveToContext(m_document->cfg(), m_contextApp, spec.title))
+        m_document->commit();
+}
+
+void AppDelegate::clearFeedback()
+{
+    m_drag.setFeedback(std::nullopt, std::nullopt);
+}
+
+void AppDelegate::dragMoved(const ButtonSpec& spec, const QPointF& point)
+{
+    if (!m_panel || m_flyouts->listingRoot())
+        return;
+    const auto feedback = DragEditing::dragFeedback(spec, point, QRectF(m_panel->geometry()),
+                                                    m_document->cfg(), m_drag.barFrames());
+    if (feedback)
+        m_drag.setFeedback(feedback->markerX, feedback->highlightGroup);
+}
+
+void AppDelegate::dragEnded(const ButtonSpec& spec, const QPointF& point)
+{
+    if (!m_panel || spec.isLocked() || m_flyouts->listingRoot())
+        return;
+    const DropTarget target =
+        DropTargets::at(point, QRectF(m_panel->geometry()), spec, m_document->cfg(), m_drag.barFrames());
+    clearFeedback();
+    switch (DragEditing::dropChip(m_document->cfg(), spec, target)) {
+    case DragEditing::Outcome::Changed:
+        m_document->commit();
+        break;
+    case DragEditing::Outcome::Refused:
+        m_platform->beeper().beep();
+        break;
+    case DragEditing::Outcome::Unchanged:
+        break;
+    }
+}
+
+void AppDelegate::fileHover(const QPointF& local)
+{
+    const BarConfig& cfg = m_document->cfg();
+    const DropTarget target =
+        DropTargets::local(local, std::nullopt, true, true, cfg, contextButtons(), m_drag.barFrames());
+    const DropFeedback feedback =
+        DropTargets::feedback(target, std::nullopt, std::nullopt, cfg, m_drag.barFrames());
+    m_drag.setFeedback(feedback.markerX, feedback.highlightGroup);
+}
+
+void AppDelegate::fileHoverEnd()
+{
+    clearFeedback();
+}
+
+void AppDelegate::fileDrop(const QList<QUrl>& urls, const QPointF& local)
+{
+    clearFeedback();
+    if (urls.isEmpty())
+        return;
+    BarConfig& cfg = m_document->cfg();
+    const QList<ButtonSpec> context = contextButtons();
+    const DropTarget target =
+        DropTargets::local(local, std::nullopt, true, true, cfg, context, m_drag.barFrames());
+    if (target.kind == DropTarget::Kind::OpenWith) {
+        const QList<ButtonSpec> candidates = QList<ButtonSpec>(cfg.buttons) + context;
+        const auto found = std::find_if(candidates.begin(), candidates.end(),
+                                        [&](const ButtonSpec& b) { return b.title == target.title; });
+        if (found == candidates.end() || !found->argument)
+            return;
+        QStringList files;
+        for (const QUrl& url : urls)
+            files.append(url.isLocalFile() ? url.toLocalFile() : url.toString(QUrl::FullyEncoded));
+        m_platform->launcher().launchApplication(Paths::expandTilde(*found->argument), files);
+        return;
+    }
+    DragEditing::dropItems(cfg, urls, target);
+    m_document->commit();
 }

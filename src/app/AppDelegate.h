@@ -3,6 +3,7 @@
 #include "actions/Actions.h"
 #include "app/Preferences.h"
 #include "bar/BarHandlers.h"
+#include "config/AppContext.h"
 #include "config/ConfigDocument.h"
 #include "dragdrop/DragState.h"
 
@@ -13,6 +14,7 @@
 
 class BarPanel;
 class BarView;
+class ConfigWatcher;
 class FlyoutController;
 class Platform;
 
@@ -42,6 +44,15 @@ public:
     void showBackups();
     void editConfig();
 
+    void dragMoved(const ButtonSpec& spec, const QPointF& point);
+    void dragEnded(const ButtonSpec& spec, const QPointF& point);
+    void fileHover(const QPointF& local);
+    void fileHoverEnd();
+    void fileDrop(const QList<QUrl>& urls, const QPointF& local);
+    void moveToContext(const ButtonSpec& spec);
+    const std::optional<ContextApp>& contextApp() const { return m_contextApp; }
+    QList<ButtonSpec> contextButtons() const;
+
     ConfigDocument& document() { return *m_document; }
     Platform& platform() { return *m_platform; }
     Preferences& preferences() { return m_preferences; }
@@ -58,7 +69,9 @@ private:
     void screensChanged();
     void watchScreens();
     void scheduleStartupMoves(const QProcessEnvironment& environment);
-    QList<ButtonSpec> contextButtons() const;
+    void trackFrontApp(const QProcessEnvironment& environment);
+    void adopt(const ContextApp& app);
+    void clearFeedback();
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<ConfigDocument> m_document;
@@ -69,6 +82,8 @@ private:
     std::unique_ptr<BarPanel> m_panel;
     BarView* m_barView = nullptr;
     std::unique_ptr<FlyoutController> m_flyouts;
+    std::unique_ptr<ConfigWatcher> m_watcher;
     QTimer m_saveTimer;
     bool m_lastExpandsUp = true;
+    std::optional<ContextApp> m_contextApp;
 };

@@ -52,7 +52,19 @@ BarHandlers makeHandlers(AppDelegate& d)
     h.isContext = weakly<bool, const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) {
         return Editing::isContext(a.document().cfg(), spec.title);
     });
-    h.contextName = weakly<std::optional<QString>>(d, [](AppDelegate&) { return std::optional<QString>(); });
+    h.contextName = weakly<std::optional<QString>>(d, [](AppDelegate& a) {
+        return a.contextApp() ? std::optional<QString>(a.contextApp()->name) : std::nullopt;
+    });
+    h.moveToContext =
+        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.moveToContext(spec); });
+    h.dragMove = weaklyDo<const ButtonSpec&, const QPointF&>(
+        d, [](AppDelegate& a, const ButtonSpec& spec, const QPointF& at) { a.dragMoved(spec, at); });
+    h.dragEnd = weaklyDo<const ButtonSpec&, const QPointF&>(
+        d, [](AppDelegate& a, const ButtonSpec& spec, const QPointF& at) { a.dragEnded(spec, at); });
+    h.fileHover = weaklyDo<const QPointF&>(d, [](AppDelegate& a, const QPointF& at) { a.fileHover(at); });
+    h.fileHoverEnd = weaklyDo<>(d, [](AppDelegate& a) { a.fileHoverEnd(); });
+    h.fileDrop = weaklyDo<const QList<QUrl>&, const QPointF&>(
+        d, [](AppDelegate& a, const QList<QUrl>& urls, const QPointF& at) { a.fileDrop(urls, at); });
     h.presetNames = weakly<QStringList>(d, [](AppDelegate&) {
         QStringList names;
         for (const AppPreset& preset : Presets::all())

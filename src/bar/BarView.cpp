@@ -6,7 +6,9 @@
 #include "dragdrop/DragState.h"
 
 #include <QContextMenuEvent>
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
+#include <QMimeData>
 #include <QPainter>
 
 namespace {
@@ -42,6 +44,7 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
     row->setContentsMargins(12, 0, 12, 0);
     row->setSpacing(8);
     setFixedHeight(barHeight);
+    setAcceptDrops(true);
     connect(&m_drag, &DragState::changed, this, &BarView::dragChanged);
 }
 
@@ -155,4 +158,38 @@ void BarView::paintEvent(QPaintEvent*)
 void BarView::contextMenuEvent(QContextMenuEvent* event)
 {
     Q_EMIT menuRequested(event->globalPos());
+}
+
+void BarView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!event->mimeData()->hasUrls())
+        return;
+    event->acceptProposedAction();
+    if (m_handlers.fileHover)
+        m_handlers.fileHover(event->position());
+}
+
+void BarView::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (!event->mimeData()->hasUrls())
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    if (m_handlers.fileHover)
+        m_handlers.fileHover(event->position());
+}
+
+void BarView::dragLeaveEvent(QDragLeaveEvent*)
+{
+    if (m_handlers.fileHoverEnd)
+        m_handlers.fileHoverEnd();
+}
+
+void BarView::dropEvent(QDropEvent* event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    if (m_handlers.fileDrop)
+        m_handlers.fileDrop(urls, event->position());
 }

@@ -59,6 +59,14 @@ bool ConfigDocument::restore(const QString& path)
     return true;
 }
 
+void ConfigDocument::adoptExternal(const BarConfig& edited)
+{
+    m_cfg = edited;
+    m_lastSaved = edited;
+    if (m_afterChange)
+        m_afterChange();
+}
+
 void ConfigDocument::backupNow()
 {
     Config::snapshot(true, m_clock());

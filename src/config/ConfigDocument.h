@@ -34,6 +34,9 @@ public:
     /// Replaces the configuration with a readable backup, keeping the current file as a backup first;
     /// false (and nothing changed) when the file cannot be read or decoded.
     bool restore(const QString& path);
+    /// Shows a document edited by hand: it becomes the current and the last saved one, with no undo
+    /// step and no backup, as the file already holds it.
+    void adoptExternal(const BarConfig& edited);
     /// A forced backup of the file on disk.
     void backupNow();
 

@@ -3,6 +3,7 @@
 #include "platform/freedesktop/DesktopLauncher.h"
 #include "platform/freedesktop/QtClipboard.h"
 #include "platform/freedesktop/QtScreens.h"
+#include "platform/x11/X11FrontApplication.h"
 #include "platform/x11/X11InputSynthesis.h"
 #include "platform/x11/X11PanelWindows.h"
 #include "platform/x11/XInputClickMonitor.h"
@@ -34,6 +35,7 @@ public:
     PanelWindows& panelWindows() override { return m_panelWindows; }
     Screens& screens() override { return m_screens; }
     ClickMonitor& clickMonitor() override { return m_clickMonitor; }
+    FrontApplication& frontApplication() override { return m_frontApplication; }
 
 private:
     X11InputSynthesis m_input;
@@ -45,6 +47,7 @@ private:
     X11PanelWindows m_panelWindows;
     QtScreens m_screens;
     XInputClickMonitor m_clickMonitor;
+    X11FrontApplication m_frontApplication;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "platform/ClickMonitor.h"
 #include "platform/Clipboard.h"
 #include "platform/FileManager.h"
+#include "platform/FrontApplication.h"
 #include "platform/InputSynthesis.h"
 #include "platform/Launcher.h"
 #include "platform/PanelWindows.h"
@@ -32,6 +33,7 @@ public:
     virtual PanelWindows& panelWindows() = 0;
     virtual Screens& screens() = 0;
     virtual ClickMonitor& clickMonitor() = 0;
+    virtual FrontApplication& frontApplication() = 0;
 };
 
 /// The X11 and freedesktop implementation; needs a running QGuiApplication on the xcb platform for

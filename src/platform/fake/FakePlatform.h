@@ -17,7 +17,8 @@ class FakePlatform final : public Platform,
                            Scheduler,
                            PanelWindows,
                            Screens,
-                           ClickMonitor
+                           ClickMonitor,
+                           FrontApplication
 {
 public:
     /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….
@@ -45,6 +46,9 @@ public:
     std::function<void(QPoint)> clickCallback;
     /// What pressedButtons() answers, as Qt::MouseButtons bits.
     int buttons = 0;
+    /// The application in front, and the callback that reports activations while watched.
+    std::optional<ContextApp> front;
+    std::function<void(const ContextApp&)> activated;
 
     InputSynthesis& input() override { return *this; }
     Clipboard& clipboard() override { return *this; }
@@ -55,6 +59,7 @@ public:
     PanelWindows& panelWindows() override { return *this; }
     Screens& screens() override { return *this; }
     ClickMonitor& clickMonitor() override { return *this; }
+    FrontApplication& frontApplication() override { return *this; }
 
 private:
     bool isTrusted() override { return trusted; }
@@ -78,4 +83,6 @@ private:
     void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
     void stop() override { clickCallback = nullptr; }
     int pressedButtons() override { return buttons; }
+    std::optional<ContextApp> current() override { return front; }
+    void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
 };

@@ -76,6 +76,21 @@ AppInfo firstEntry(Predicate matches)
     return AppInfo(G_APP_INFO(g_object_ref(*first)));
 }
 
+bool isTerminalEntry(GAppInfo* app)
+{
+    if (!G_IS_DESKTOP_APP_INFO(app))
+        return false;
+    const QStringList categories =
+        utf8(g_desktop_app_info_get_categories(G_DESKTOP_APP_INFO(app))).split(QLatin1Char(';'));
+    return categories.contains(QStringLiteral("TerminalEmulator"));
+}
+
+QString startupWmClass(GAppInfo* app)
+{
+    return G_IS_DESKTOP_APP_INFO(app) ? utf8(g_desktop_app_info_get_startup_wm_class(G_DESKTOP_APP_INFO(app)))
+                                      : QString();
+}
+
 Target resolve(const QString& name, int depth = 0);
 
 Target terminalEmulator(int depth)
@@ -89,14 +104,7 @@ Target terminalEmulator(int depth)
     if (const QString debian = QStandardPaths::findExecutable(QStringLiteral("x-terminal-emulator"));
         !debian.isEmpty())
         return {nullptr, debian};
-    return {firstEntry([](GAppInfo* app) {
-                if (!G_IS_DESKTOP_APP_INFO(app))
-                    return false;
-                const QStringList categories =
-                    utf8(g_desktop_app_info_get_categories(G_DESKTOP_APP_INFO(app))).split(QLatin1Char(';'));
-                return categories.contains(QStringLiteral("TerminalEmulator"));
-            }),
-            QString()};
+    return {firstEntry(isTerminalEntry), QString()};
 }
 
 /// The other desktop's well-known applications, as the user's default application for their role.
@@ -166,6 +174,36 @@ bool launchEntry(GAppInfo* app, const QStringList& files)
 } // namespace
 
 namespace DesktopEntries {
+
+std::optional<WindowApplication> entryForWindow(const QString& namedId, const QString& instance,
+                                                const QString& windowClass, const QString& executable)
+{
+    AppInfo entry = namedId.isEmpty() ? nullptr : entryWithId(namedId);
+    const auto sameText = [](const QString& a, const QString& b) {
+        return !a.isEmpty() && !b.isEmpty() && a.compare(b, Qt::CaseInsensitive) == 0;
+    };
+    if (!entry) {
+        entry = firstEntry([&](GAppInfo* app) {
+            const QString id = withoutDesktopSuffix(utf8(g_app_info_get_id(app)));
+            return sameText(id, windowClass) || sameText(id, instance);
+        });
+    }
+    if (!entry) {
+        entry = firstEntry([&](GAppInfo* app) {
+            const QString wmClass = startupWmClass(app);
+            return sameText(wmClass, windowClass) || sameText(wmClass, instance);
+        });
+    }
+    if (!entry && !executable.isEmpty()) {
+        entry = firstEntry([&](GAppInfo* app) {
+            return QFileInfo(utf8(g_app_info_get_executable(app))).fileName() == executable;
+        });
+    }
+    if (!entry)
+        return std::nullopt;
+    return WindowApplication{withoutDesktopSuffix(utf8(g_app_info_get_id(entry.get()))),
+                             utf8(g_app_info_get_name(entry.get())), isTerminalEntry(entry.get())};
+}
 
 bool launch(const QString& name, const QStringList& files)
 {

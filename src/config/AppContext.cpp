@@ -1,0 +1,56 @@
+#include "AppContext.h"
+
+#include "dragdrop/Editing.h"
+
+namespace AppContext {
+
+std::optional<ContextApp> fromEnvironment(const QString& value)
+{
+    const QStringList pieces = value.split(QLatin1Char('|'), Qt::SkipEmptyParts);
+    if (pieces.size() != 2)
+        return std::nullopt;
+    return ContextApp{pieces.at(0), pieces.at(1), false};
+}
+
+QList<ButtonSpec> contextButtons(const BarConfig& cfg, const std::optional<ContextApp>& app)
+{
+    if (!app || !cfg.appSets)
+        return {};
+    for (const AppSet& set : *cfg.appSets) {
+        if (set.app == app->id)
+            return set.buttons;
+    }
+    return {};
+}
+
+std::optional<qsizetype> contextSetIndex(BarConfig& cfg, const std::optional<ContextApp>& app, bool create)
+{
+    if (!app)
+        return std::nullopt;
+    if (cfg.appSets) {
+        for (qsizetype i = 0; i < cfg.appSets->size(); ++i) {
+            if (cfg.appSets->at(i).app == app->id)
+                return i;
+        }
+    }
+    if (!create)
+        return std::nullopt;
+    if (!cfg.appSets)
+        cfg.appSets.emplace();
+    cfg.appSets->append(AppSet{app->id, app->name, {}});
+    return cfg.appSets->size() - 1;
+}
+
+bool moveToContext(BarConfig& cfg, const std::optional<ContextApp>& app, const QString& title)
+{
+    auto button = Editing::detach(cfg, title);
+    if (!button)
+        return false;
+    if (const auto index = contextSetIndex(cfg, app, true))
+        (*cfg.appSets)[*index].buttons.append(std::move(*button));
+    else
+        cfg.buttons.append(std::move(*button));
+    return true;
+}
+
+} // namespace AppContext

@@ -1,0 +1,166 @@
+#include "DragEditing.h"
+
+#include "dragdrop/Editing.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTextStream>
+
+namespace {
+
+/// The Name of a desktop entry's main group, unlocalised; empty when there is none.
+QString desktopEntryName(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    QTextStream in(&file);
+    bool inMainGroup = false;
+    while (!in.atEnd()) {
+        const QString line = in.readLine().trimmed();
+        if (line.startsWith(QLatin1Char('[')))
+            inMainGroup = line == QLatin1String("[Desktop Entry]");
+        else if (inMainGroup && line.startsWith(QLatin1String("Name")) &&
+                 line.mid(4).trimmed().startsWith(QLatin1Char('=')))
+            return line.mid(line.indexOf(QLatin1Char('=')) + 1).trimmed();
+    }
+    return {};
+}
+
+ButtonSpec make(const QString& title, const char* symbol, const char* action, const QString& argument,
+                std::optional<QString> iconPath)
+{
+    ButtonSpec spec;
+    spec.title = title;
+    spec.symbol = QString::fromUtf8(symbol);
+    spec.action = QString::fromUtf8(action);
+    spec.argument = argument;
+    spec.iconPath = std::move(iconPath);
+    return spec;
+}
+
+ButtonSpec* topLevel(BarConfig& cfg, const QString& title)
+{
+    for (ButtonSpec& spec : cfg.buttons) {
+        if (spec.title == title)
+            return &spec;
+    }
+    return nullptr;
+}
+
+void appendToStack(ButtonSpec& stack, ButtonSpec member)
+{
+    if (const auto colour = DragEditing::stackColour(stack))
+        member.color = colour;
+    if (!stack.children)
+        stack.children.emplace();
+    stack.children->append(std::move(member));
+}
+
+} // namespace
+
+namespace DragEditing {
+
+QString abbreviateHome(const QString& path)
+{
+    const QString home = QDir::homePath();
+    if (path == home)
+        return QStringLiteral("~");
+    if (path.startsWith(home + QLatin1Char('/')))
+        return QLatin1Char('~') + path.mid(home.size());
+    return path;
+}
+
+std::optional<QString> stackColour(const ButtonSpec& stack)
+{
+    if (stack.color)
+        return stack.color;
+    if (stack.children && !stack.children->isEmpty()) {
+        const ButtonSpec& first = stack.children->first();
+        return first.color.value_or(ButtonSpec::defaultColor(first.action));
+    }
+    return std::nullopt;
+}
+
+std::optional<DropFeedback> dragFeedback(const ButtonSpec& dragged, const QPointF& point, const QRectF& bar,
+                                         const BarConfig& cfg, const QHash<QString, QRectF>& frames)
+{
+    if (dragged.isLocked())
+        return std::nullopt;
+    const DropTarget target = DropTargets::at(point, bar, dragged, cfg, frames);
+    if (Editing::isContext(cfg, dragged.title) && target.kind == DropTarget::Kind::InsertAt)
+        return DropFeedback{};
+    return DropTargets::feedback(target, dragged.title, DropTargets::sourceStack(cfg, dragged.title), cfg,
+                                 frames);
+}
+
+Outcome dropChip(BarConfig& cfg, const ButtonSpec& dragged, const DropTarget& target)
+{
+    const std::optional<QString> source = DropTargets::sourceStack(cfg, dragged.title);
+    const bool fromSet = Editing::isContext(cfg, dragged.title);
+    if (target.kind == DropTarget::Kind::InsertAt && !fromSet) {
+        if (source && topLevel(cfg, dragged.title))
+            return Outcome::Refused;
+        auto moved = Editing::detach(cfg, dragged.title);
+        if (!moved)
+            return Outcome::Unchanged;
+        cfg.buttons.insert(std::min(target.index, cfg.buttons.size()), std::move(*moved));
+        return Outcome::Changed;
+    }
+    if (target.kind == DropTarget::Kind::IntoGroup) {
+        if (dragged.isGroup() || source == target.title)
+            return Outcome::Unchanged;
+        auto moved = Editing::detach(cfg, dragged.title);
+        if (!moved)
+            return Outcome::Unchanged;
+        ButtonSpec* stack = topLevel(cfg, target.title);
+        if (!stack)
+            return Outcome::Unchanged; // unreachable through the hit test, which names only existing stacks
+        appendToStack(*stack, std::move(*moved));
+        return Outcome::Changed;
+    }
+    return Outcome::Unchanged;
+}
+
+ButtonSpec specForFile(const QString& path, const BarConfig& cfg)
+{
+    const QFileInfo info(path);
+    const QString shown = abbreviateHome(path);
+    const bool desktopEntry = info.suffix() == QLatin1String("desktop") && info.isFile();
+    if (desktopEntry || info.suffix() == QLatin1String("app")) {
+        QString title = desktopEntry ? desktopEntryName(path) : QString();
+        if (title.isEmpty())
+            title = info.completeBaseName();
+        return make(Editing::uniqueTitle(cfg, title), "app", "app", shown, path);
+    }
+    const QString title = Editing::uniqueTitle(cfg, info.fileName());
+    // Linux has no packages: every directory is a folder to browse.
+    if (info.isDir())
+        return make(title, "folder", "folder", shown, std::nullopt);
+    return make(title, "doc", "open", shown, path);
+}
+
+ButtonSpec specForLink(const QUrl& url, const BarConfig& cfg)
+{
+    QString title = url.host().isEmpty() ? url.toString(QUrl::FullyEncoded) : url.host();
+    if (title.startsWith(QLatin1String("www.")))
+        title.remove(0, 4);
+    return make(Editing::uniqueTitle(cfg, title), "globe", "url", url.toString(QUrl::FullyEncoded),
+                std::nullopt);
+}
+
+void dropItems(BarConfig& cfg, const QList<QUrl>& urls, const DropTarget& target)
+{
+    for (const QUrl& url : urls) {
+        ButtonSpec spec = url.isLocalFile() ? specForFile(url.toLocalFile(), cfg) : specForLink(url, cfg);
+        if (target.kind == DropTarget::Kind::IntoGroup) {
+            if (ButtonSpec* stack = topLevel(cfg, target.title))
+                appendToStack(*stack, std::move(spec));
+        } else if (target.kind == DropTarget::Kind::InsertAt) {
+            cfg.buttons.insert(std::min(target.index, cfg.buttons.size()), std::move(spec));
+        }
+    }
+}
+
+} // namespace DragEditing

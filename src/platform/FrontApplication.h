@@ -1,0 +1,23 @@
+#pragma once
+
+#include "config/AppContext.h"
+
+#include <functional>
+#include <optional>
+
+/// The application the user works in. Only ordinary application windows count: not this program's own
+/// windows, not docks, panels, menus or notifications, and not the moment between two windows when
+/// nothing is active.
+class FrontApplication
+{
+public:
+    FrontApplication() = default;
+    virtual ~FrontApplication() = default;
+    FrontApplication(const FrontApplication&) = delete;
+    FrontApplication& operator=(const FrontApplication&) = delete;
+
+    /// The application in front now, when it counts.
+    virtual std::optional<ContextApp> current() = 0;
+    /// Starts reporting every activation of an application that counts.
+    virtual void watch(std::function<void(const ContextApp&)> activated) = 0;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/FrontApplication.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QObject>
+#include <xcb/xcb.h>
+
+/// Follows _NET_ACTIVE_WINDOW on the root window and names the application behind the active window.
+class X11FrontApplication final : public QObject, public FrontApplication, public QAbstractNativeEventFilter
+{
+    Q_OBJECT
+
+public:
+    X11FrontApplication();
+    ~X11FrontApplication() override;
+
+    std::optional<ContextApp> current() override;
+    void watch(std::function<void(const ContextApp&)> activated) override;
+
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+
+private:
+    void activeWindowChanged();
+
+    std::function<void(const ContextApp&)> m_activated;
+    bool m_installed = false;
+};
