@@ -22,24 +22,28 @@ private Q_SLOTS:
 namespace {
 
 const QRect screen(0, 0, 1440, 900);
-const QRect panelAtBottom(0, 0, 1440, 875);      // a 25-pixel panel along the bottom
+const QRect panelAtBottom(0, 0, 1440, 875);       // a 25-pixel panel along the bottom
 const QRect panelsTopAndBottom(0, 25, 1440, 850); // 25 pixels at each end
 
 } // namespace
 
 void TestGeometry::defaultPlaceIsCentredNearTheEdge()
 {
-    QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, false), QPoint(570, 819)); // 31 above the bottom of the screen
+    QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, false),
+             QPoint(570, 819)); // 31 above the bottom of the screen
     QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, true), QPoint(570, 6));
-    QCOMPARE(Geometry::defaultOrigin(QSize(301, 40), QRect(1440, 0, 1920, 1080), false), QPoint(1440 + 810, 1034));
+    QCOMPARE(Geometry::defaultOrigin(QSize(301, 40), QRect(1440, 0, 1920, 1080), false),
+             QPoint(1440 + 810, 1034));
 }
 
 void TestGeometry::savedPlaceIsClampedIntoTheAvailableArea()
 {
     // Saved at the very bottom of the screen: lifted onto the available area.
-    QCOMPARE(Geometry::originFromFractions({0.25, 0}, QSize(300, 40), screen, panelsTopAndBottom), QPoint(360, 835));
+    QCOMPARE(Geometry::originFromFractions({0.25, 0}, QSize(300, 40), screen, panelsTopAndBottom),
+             QPoint(360, 835));
     // Too far right: pushed back so the whole bar shows.
-    QCOMPARE(Geometry::originFromFractions({0.95, 0.5}, QSize(300, 40), screen, panelsTopAndBottom).x(), 1140);
+    QCOMPARE(Geometry::originFromFractions({0.95, 0.5}, QSize(300, 40), screen, panelsTopAndBottom).x(),
+             1140);
     // Wider than the area: pinned to its left edge; taller: pinned to its bottom.
     QCOMPARE(Geometry::clampToAvailable(QPoint(500, 100), QSize(2000, 40), panelsTopAndBottom).x(), 0);
     QCOMPARE(Geometry::clampToAvailable(QPoint(0, 0), QSize(100, 1000), panelsTopAndBottom).y(), 875 - 1000);
@@ -91,21 +95,25 @@ void TestGeometry::flyoutsHangFromTheirChip()
     QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(160, 200), screen, panelAtBottom).y(), 50);
     // At the left edge of the screen: kept 4 pixels inside.
     QCOMPARE(Geometry::flyoutOrigin(QRect(0, 829, 300, 40), QRectF(12, 6, 40, 28), QSize(160, 200), screen,
-                                     panelAtBottom).x(),
+                                    panelAtBottom)
+                 .x(),
              4);
     // Wider than the screen: the right margin wins.
-    QCOMPARE(Geometry::flyoutOrigin(lowBar, chip, QSize(1500, 200), screen, panelAtBottom).x(), 1440 - 1500 - 4);
+    QCOMPARE(Geometry::flyoutOrigin(lowBar, chip, QSize(1500, 200), screen, panelAtBottom).x(),
+             1440 - 1500 - 4);
     // No screen known: above the bar, clamped to the bar itself.
-    QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(100, 50), std::nullopt, std::nullopt), QPoint(600, -48));
+    QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(100, 50), std::nullopt, std::nullopt),
+             QPoint(600, -48));
 }
 
 void TestGeometry::displayNumbersAreStableHashes()
 {
     const quint32 byName = displayNumber(QString(), QString(), QString(), QStringLiteral("screen"));
-    QCOMPARE(byName, displayNumber(QStringLiteral("ACME"), QStringLiteral("X1"), QString(), QStringLiteral("screen")));
+    QCOMPARE(byName, displayNumber(QStringLiteral("ACME"), QStringLiteral("X1"), QString(),
+                                   QStringLiteral("screen")));
     QCOMPARE(byName, 0x8f43c982u); // FNV-1a of "name|screen"
-    const quint32 byEdid = displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC123"),
-                                         QStringLiteral("DP-1"));
+    const quint32 byEdid = displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"),
+                                         QStringLiteral("ABC123"), QStringLiteral("DP-1"));
     QCOMPARE(byEdid, displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC123"),
                                    QStringLiteral("HDMI-2")));
     QVERIFY(byEdid != displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC124"),

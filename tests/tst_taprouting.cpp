@@ -40,44 +40,53 @@ void TestTapRouting::barTapsOpenCloseOrRun()
     QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Apps")).items.size(), 1);
     QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Files")).kind, Kind::CloseFlyout);
 
-    const ButtonSpec folder = button(QStringLiteral("Docs"), QStringLiteral("folder"), QStringLiteral("~/Documents"));
+    const ButtonSpec folder =
+        button(QStringLiteral("Docs"), QStringLiteral("folder"), QStringLiteral("~/Documents"));
     const auto route = TapRouting::onBar(folder, QStringLiteral("Files"));
     QCOMPARE(route.kind, Kind::OpenFolder);
     QCOMPARE(route.path, QStringLiteral("~/Documents"));
     QCOMPARE(route.root, std::optional<QString>(QStringLiteral("~/Documents")));
     QCOMPARE(route.id, QStringLiteral("Docs"));
     QCOMPARE(TapRouting::onBar(folder, QStringLiteral("Docs")).kind, Kind::CloseFlyout);
-    const auto home = TapRouting::onBar(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt);
+    const auto home =
+        TapRouting::onBar(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt);
     QCOMPARE(home.path, QStringLiteral("~"));
     QVERIFY(!home.root);
 
     // Everything else runs, even with its own title's flyout open.
-    QCOMPARE(TapRouting::onBar(button(QStringLiteral("Help"), QStringLiteral("url")), QStringLiteral("Help")).kind,
+    QCOMPARE(
+        TapRouting::onBar(button(QStringLiteral("Help"), QStringLiteral("url")), QStringLiteral("Help")).kind,
+        Kind::Run);
+    QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind,
              Kind::Run);
-    QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind, Kind::Run);
 }
 
 void TestTapRouting::flyoutRowsWalkListingsInPlace()
 {
-    const ButtonSpec sub = button(QStringLiteral("sub"), QStringLiteral("folder"), QStringLiteral("/data/sub"));
+    const ButtonSpec sub =
+        button(QStringLiteral("sub"), QStringLiteral("folder"), QStringLiteral("/data/sub"));
     auto route = TapRouting::inFlyout(sub, QStringLiteral("Docs"), QStringLiteral("/data"));
     QCOMPARE(route.kind, Kind::OpenFolder);
     QCOMPARE(route.path, QStringLiteral("/data/sub"));
     QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data"))); // the walk keeps its root
     QCOMPARE(route.id, QStringLiteral("Docs"));
 
-    const ButtonSpec up = button(QStringLiteral("‹ data"), QStringLiteral("navigate"), QStringLiteral("/data"));
-    QCOMPARE(TapRouting::inFlyout(up, QStringLiteral("Docs"), QStringLiteral("/data")).path, QStringLiteral("/data"));
+    const ButtonSpec up =
+        button(QStringLiteral("‹ data"), QStringLiteral("navigate"), QStringLiteral("/data"));
+    QCOMPARE(TapRouting::inFlyout(up, QStringLiteral("Docs"), QStringLiteral("/data")).path,
+             QStringLiteral("/data"));
 
     // A folder member of a stack starts a listing rooted at itself.
     route = TapRouting::inFlyout(sub, QStringLiteral("Files"), std::nullopt);
     QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
-    route = TapRouting::inFlyout(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt, std::nullopt);
+    route = TapRouting::inFlyout(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt,
+                                 std::nullopt);
     QCOMPARE(route.path, QStringLiteral("~"));
     QCOMPARE(route.id, QStringLiteral("Home"));
 
-    QCOMPARE(TapRouting::inFlyout(button(QStringLiteral("a.txt"), QStringLiteral("open"), QStringLiteral("/a.txt")),
-                                  QStringLiteral("Docs"), QStringLiteral("/data"))
+    QCOMPARE(TapRouting::inFlyout(
+                 button(QStringLiteral("a.txt"), QStringLiteral("open"), QStringLiteral("/a.txt")),
+                 QStringLiteral("Docs"), QStringLiteral("/data"))
                  .kind,
              Kind::Run);
 }

@@ -10,7 +10,9 @@
 #include "bar/TapRouting.h"
 #include "config/Backups.h"
 #include "config/Config.h"
+#include "config/ConfigReader.h"
 #include "config/ConfigWatcher.h"
+#include "config/FileIO.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/Editing.h"
 #include "platform/Platform.h"
@@ -54,8 +56,10 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
         closeFlyout();
         reloadBar();
     });
-    // Every launch leaves a backup of the configuration it started from.
-    Config::snapshot(true);
+    // Every launch leaves a backup of the configuration it started from. A file that is still unreadable
+    // was kept by the load already; a second copy a second later would only pile up.
+    if (const auto bytes = FileIO::read(Config::buttonsPath()); bytes && ConfigReader::decode(*bytes))
+        Config::snapshot(true);
 
     createBar(environment.contains(QStringLiteral("VANTRIL_TOP")));
     connect(m_panel.get(), &BarPanel::moved, this, &AppDelegate::barMoved);

@@ -19,4 +19,6 @@ public:
     virtual bool isCompositing() = 0;
     /// Lets pointer input through the window (true) or gives it back (false), keeping it mapped.
     virtual void setClickThrough(quintptr windowId, bool through) = 0;
+    /// Sets the window's opacity for the compositor, at once (a fade calls it for every frame).
+    virtual void setOpacity(quintptr windowId, double opacity) = 0;
 };

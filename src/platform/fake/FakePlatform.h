@@ -78,6 +78,10 @@ private:
     void prepareDock(quintptr windowId) override;
     bool isCompositing() override { return compositing; }
     void setClickThrough(quintptr windowId, bool through) override;
+    void setOpacity(quintptr, double opacity) override
+    {
+        calls.append(QStringLiteral("opacity %1").arg(opacity));
+    }
     QList<ScreenInfo> all() override { return screenList; }
     std::optional<ScreenInfo> screenOf(const QRect& rect) override;
     void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }

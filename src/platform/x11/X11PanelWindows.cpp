@@ -47,6 +47,7 @@ bool X11PanelWindows::ensureAtoms()
         QByteArrayLiteral("_NET_WM_STATE_SKIP_PAGER"),
         QByteArrayLiteral("_NET_WM_DESKTOP"),
         QByteArrayLiteral("_NET_WM_CM_S") + QByteArray::number(defaultScreenNumber()),
+        QByteArrayLiteral("_NET_WM_WINDOW_OPACITY"),
     };
     // All requests go out before the first reply is awaited: one round trip instead of nine.
     std::array<xcb_intern_atom_cookie_t, AtomCount> cookies{};
@@ -127,5 +128,23 @@ void X11PanelWindows::setClickThrough(quintptr windowId, bool through)
     const xcb_rectangle_t everything{0, 0, 32767, 32767};
     xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
                          static_cast<xcb_window_t>(windowId), 0, 0, through ? 0 : 1, &everything);
+    xcb_flush(connection);
+}
+
+void X11PanelWindows::setOpacity(quintptr windowId, double opacity)
+{
+    if (!windowId || !ensureAtoms())
+        return;
+    xcb_connection_t* connection = qtXcbConnection();
+    const auto window = static_cast<xcb_window_t>(windowId);
+    // Written here rather than through QWidget::setWindowOpacity: Qt 6.4 does not flush the request, so
+    // a fade would stall until some other traffic happened to flush it.
+    if (opacity >= 1.0) {
+        xcb_delete_property(connection, window, m_atoms[WindowOpacity]);
+    } else {
+        const auto value = static_cast<std::uint32_t>(std::clamp(opacity, 0.0, 1.0) * 0xFFFFFFFFu);
+        xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[WindowOpacity],
+                            XCB_ATOM_CARDINAL, 32, 1, &value);
+    }
     xcb_flush(connection);
 }

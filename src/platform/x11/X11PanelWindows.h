@@ -13,6 +13,7 @@ public:
     void prepareDock(quintptr windowId) override;
     bool isCompositing() override;
     void setClickThrough(quintptr windowId, bool through) override;
+    void setOpacity(quintptr windowId, double opacity) override;
 
 private:
     enum Atom
@@ -26,6 +27,7 @@ private:
         StateSkipPager,
         Desktop,
         CompositingManager,
+        WindowOpacity,
         AtomCount
     };
 

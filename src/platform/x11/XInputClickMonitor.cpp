@@ -82,8 +82,9 @@ void XInputClickMonitor::start(std::function<void(QPoint)> pressed)
         return;
     const bool wasRunning = static_cast<bool>(m_pressed);
     m_pressed = std::move(pressed);
-    if (!wasRunning && m_pressed)
-        select(true);
+    const bool running = static_cast<bool>(m_pressed);
+    if (running != wasRunning)
+        select(running);
 }
 
 void XInputClickMonitor::stop()

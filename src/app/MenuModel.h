@@ -1,0 +1,63 @@
+#pragma once
+
+#include "config/Backups.h"
+
+#include <QList>
+#include <QStringList>
+#include <optional>
+
+/// The program's menu, shown from the bar and from the tray icon, as plain data built afresh at every
+/// opening from what is true at that moment.
+namespace MenuModel {
+
+enum class Command
+{
+    None,
+    ToggleBar,
+    AddButton,
+    NewStack,
+    AddContextButton,
+    Undo,
+    AddPreset,    ///< argument: the preset's name
+    RemovePreset, ///< argument: the preset's name
+    BackupNow,
+    ShowBackups,
+    Restore, ///< argument: the backup's path
+    AutoHide,
+    ToggleTrayIcon,
+    LaunchAtLogin,
+    EditConfig,
+    CheckForUpdates,
+    Quit,
+};
+
+struct Item
+{
+    QString title; ///< empty for a separator
+    Command command = Command::None;
+    QString argument;
+    std::optional<bool> checked;
+    QList<Item> submenu;
+
+    bool isSeparator() const { return title.isEmpty(); }
+    bool operator==(const Item&) const = default;
+};
+
+/// What the menu depends on.
+struct State
+{
+    bool barShown = true;
+    std::optional<QString> contextName;
+    bool canUndo = false;
+    QStringList presetNames;
+    QStringList appliedPresets;
+    QList<BackupInfo> backups;
+    bool autoHide = false;
+    bool trayIcon = true;
+    bool launchAtLogin = false;
+    bool hasUpdater = false;
+};
+
+QList<Item> populate(const State& state);
+
+} // namespace MenuModel

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QPoint>
+#include <QRect>
+#include <optional>
+
+/// Whether the bar shows, and auto-hide: a bar left alone for 1.5 s fades away when auto-hide is on,
+/// and comes back when the pointer rests on its place for 0.3 s. A bar hidden by hand stays hidden
+/// until it is shown by hand. Driven by a tick every 0.15 s; it keeps no clock of its own.
+class Visibility
+{
+public:
+    enum class State
+    {
+        Shown,
+        HiddenAuto,
+        HiddenManual,
+    };
+    enum class Action
+    {
+        None,
+        Hide,
+        Show,
+    };
+
+    /// What one tick sees.
+    struct Sample
+    {
+        bool autoHide = false;
+        QPoint pointer;
+        QRect bar;
+        std::optional<QRect> flyout;
+        bool editorOpen = false;
+        bool buttonPressed = false;
+    };
+
+    static constexpr int tickMs = 150;
+    static constexpr int idleTicksBeforeHide = 10;
+    static constexpr int restTicksBeforeShow = 2;
+    static constexpr int nearMargin = 6;
+    static constexpr int restMargin = 4;
+    static constexpr int fadeOutMs = 200;
+    static constexpr int fadeInMs = 150;
+
+    State state() const { return m_state; }
+    bool isShown() const { return m_state == State::Shown; }
+
+    /// The transition this tick calls for; the caller carries it out with hidden() or shown().
+    Action tick(const Sample& sample);
+    /// The bar was hidden, by hand or by auto-hide.
+    void hidden(bool manual);
+    /// The bar was shown; the counts start again.
+    void shown();
+    /// Auto-hide was switched; a bar that auto-hid comes back when it is now off.
+    Action autoHideToggled(bool nowOn);
+
+private:
+    State m_state = State::Shown;
+    int m_idleTicks = 0;
+    int m_restTicks = 0;
+};
