@@ -1,8 +1,11 @@
 #include "AppDelegate.h"
 
 #include "actions/Paths.h"
+#include "app/AppMenu.h"
 #include "app/HandlerTable.h"
 #include "app/StartupCommands.h"
+#include "app/TrayGlyph.h"
+#include "app/Updater.h"
 #include "bar/BarPanel.h"
 #include "bar/BarView.h"
 #include "bar/FlyoutController.h"
@@ -15,12 +18,18 @@
 #include "config/FileIO.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/Editing.h"
+#include "platform/Log.h"
 #include "platform/Platform.h"
 
+#include <QApplication>
+#include <QCursor>
 #include <QDir>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QScreen>
+#include <QSystemTrayIcon>
 #include <QUrl>
+#include <QVariantAnimation>
 
 namespace {
 
@@ -29,10 +38,15 @@ constexpr int savePositionDelayMs = 500;
 
 } // namespace
 
-AppDelegate::AppDelegate(std::unique_ptr<Platform> platform)
+AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed)
     : m_platform(std::move(platform))
     , m_actions(std::make_unique<Actions>(*m_platform))
 {
+    if (!updateFeed.isEmpty())
+        m_updater = new Updater(updateFeed, this);
+    m_hotkey = std::make_unique<Hotkey>(m_platform->hotkey(), [this] { toggleBar(); });
+    m_visibilityTimer.setInterval(Visibility::tickMs);
+    connect(&m_visibilityTimer, &QTimer::timeout, this, &AppDelegate::visibilityTick);
     m_handlers = makeHandlers(*this);
     m_flyouts = std::make_unique<FlyoutController>(*m_platform, m_handlers);
     m_saveTimer.setSingleShot(true);
@@ -62,16 +76,23 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
         Config::snapshot(true);
 
     createBar(environment.contains(QStringLiteral("VANTRIL_TOP")));
+    m_barMenu = std::make_unique<QMenu>();
+    connect(m_barView, &BarView::menuRequested, this, &AppDelegate::showMenu);
+    updateStatusItem();
     connect(m_panel.get(), &BarPanel::moved, this, &AppDelegate::barMoved);
     watchScreens();
 
     StartupCommands::applyConfigCommands(*m_document, environment);
+    if (environment.contains(QStringLiteral("VANTRIL_CHECK_UPDATES")) && m_updater)
+        QTimer::singleShot(1500, this, &AppDelegate::checkForUpdates);
 
     m_watcher = std::make_unique<ConfigWatcher>(
         [this]() -> const BarConfig& { return m_document->cfg(); },
         [this](const BarConfig& edited) { m_document->adoptExternal(edited); });
     m_watcher->start();
     trackFrontApp(environment);
+    updateHotkey();
+    m_visibilityTimer.start();
     scheduleStartupMoves(environment);
 }
 
@@ -137,6 +158,8 @@ void AppDelegate::reloadBar()
     const auto screen = m_platform->screens().screenOf(frame);
     if (screen)
         m_lastExpandsUp = Geometry::expandsUp(frame, screen->frame);
+    if (m_document)
+        updateHotkey();
     m_barView->rebuild(m_document->cfg(), contextButtons(), m_lastExpandsUp);
 
     const QSize size = m_panel->fittingSize();
@@ -400,4 +423,217 @@ void AppDelegate::fileDrop(const QList<QUrl>& urls, const QPointF& local)
     }
     DragEditing::dropItems(cfg, urls, target);
     m_document->commit();
+}
+
+void AppDelegate::updateHotkey()
+{
+    m_hotkey->update(m_document->cfg().hotkey);
+}
+
+void AppDelegate::visibilityTick()
+{
+    if (!m_panel)
+        return;
+    Visibility::Sample sample;
+    sample.autoHide = m_preferences.autoHide();
+    sample.pointer = QCursor::pos();
+    sample.bar = m_panel->frameGeometry();
+    if (BarPanel* flyout = m_flyouts->panel())
+        sample.flyout = flyout->frameGeometry();
+    sample.editorOpen = false;
+    // Only worth a round trip to the server when the answer can matter.
+    if (sample.autoHide && m_visibility.isShown())
+        sample.buttonPressed = m_platform->clickMonitor().pressedButtons() != 0;
+    switch (m_visibility.tick(sample)) {
+    case Visibility::Action::Hide:
+        hide(false);
+        break;
+    case Visibility::Action::Show:
+        show();
+        break;
+    case Visibility::Action::None:
+        break;
+    }
+}
+
+void AppDelegate::fadeTo(double opacity, int milliseconds, std::function<void()> done)
+{
+    if (m_fade)
+        m_fade->stop();
+    delete m_fade;
+    m_fade = new QVariantAnimation(this);
+    m_fade->setStartValue(m_opacity);
+    m_fade->setEndValue(opacity);
+    m_fade->setDuration(milliseconds);
+    connect(m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        m_opacity = value.toDouble();
+        m_platform->panelWindows().setOpacity(m_panel->winId(), m_opacity);
+    });
+    connect(m_fade, &QVariantAnimation::finished, this, std::move(done));
+    m_fade->start();
+}
+
+void AppDelegate::hide(bool manual)
+{
+    if (!m_panel)
+        return;
+    closeFlyout();
+    m_visibility.hidden(manual);
+    fadeTo(0.0, Visibility::fadeOutMs, [this] {
+        // A show may have come in during the fade; then the bar stays as it is now.
+        if (m_visibility.isShown())
+            return;
+        m_platform->panelWindows().setClickThrough(m_panel->winId(), true);
+        if (!m_platform->panelWindows().isCompositing())
+            m_panel->setShapeHidden(true); // opacity means nothing without a compositor
+    });
+}
+
+void AppDelegate::show()
+{
+    if (!m_panel)
+        return;
+    m_visibility.shown();
+    m_panel->setShapeHidden(false);
+    m_platform->panelWindows().setClickThrough(m_panel->winId(), false);
+    m_panel->raise();
+    fadeTo(1.0, Visibility::fadeInMs, [] {});
+}
+
+void AppDelegate::toggleBar()
+{
+    if (m_visibility.isShown())
+        hide(true);
+    else
+        show();
+}
+
+void AppDelegate::toggleAutoHide()
+{
+    const bool on = !m_preferences.autoHide();
+    m_preferences.setAutoHide(on);
+    if (m_visibility.autoHideToggled(on) == Visibility::Action::Show)
+        show();
+}
+
+void AppDelegate::toggleLaunchAtLogin()
+{
+    Autostart& autostart = m_platform->autostart();
+    if (const auto error = autostart.setEnabled(!autostart.isEnabled()))
+        Log::line(QStringLiteral("Launch at login failed: ") + *error);
+}
+
+void AppDelegate::toggleTrayIcon()
+{
+    m_preferences.setShowStatusItem(!m_preferences.showStatusItem());
+    updateStatusItem();
+}
+
+void AppDelegate::updateStatusItem()
+{
+    if (!m_preferences.showStatusItem()) {
+        m_tray.reset();
+        m_trayMenu.reset();
+        return;
+    }
+    if (m_tray)
+        return;
+    m_trayMenu = std::make_unique<QMenu>();
+    connect(m_trayMenu.get(), &QMenu::aboutToShow, this, [this] {
+        AppMenu::fill(*m_trayMenu, MenuModel::populate(menuState()),
+                      [this](const MenuModel::Item& item) { runMenuCommand(item); });
+    });
+    m_tray = std::make_unique<QSystemTrayIcon>(TrayGlyph::icon());
+    m_tray->setToolTip(QStringLiteral("Vantril"));
+    m_tray->setContextMenu(m_trayMenu.get());
+    m_tray->show();
+}
+
+void AppDelegate::checkForUpdates()
+{
+    if (m_updater)
+        m_updater->check();
+}
+
+MenuModel::State AppDelegate::menuState()
+{
+    MenuModel::State state;
+    state.barShown = m_visibility.isShown();
+    state.contextName = m_contextApp ? std::optional<QString>(m_contextApp->name) : std::nullopt;
+    state.canUndo = m_document->canUndo();
+    state.presetNames = m_handlers.presetNames();
+    state.appliedPresets = m_handlers.appliedPresetNames();
+    state.backups = Config::backupInfos();
+    state.autoHide = m_preferences.autoHide();
+    state.trayIcon = m_preferences.showStatusItem();
+    state.launchAtLogin = m_platform->autostart().isEnabled();
+    state.hasUpdater = hasUpdater();
+    return state;
+}
+
+void AppDelegate::showMenu(const QPoint& globalPos)
+{
+    AppMenu::fill(*m_barMenu, MenuModel::populate(menuState()),
+                  [this](const MenuModel::Item& item) { runMenuCommand(item); });
+    m_barMenu->popup(globalPos);
+}
+
+void AppDelegate::runMenuCommand(const MenuModel::Item& item)
+{
+    using Command = MenuModel::Command;
+    switch (item.command) {
+    case Command::ToggleBar:
+        toggleBar();
+        break;
+    case Command::AddButton:
+        if (m_handlers.add)
+            m_handlers.add(std::nullopt);
+        break;
+    case Command::NewStack:
+        if (m_handlers.newStack)
+            m_handlers.newStack();
+        break;
+    case Command::AddContextButton:
+        if (m_handlers.addContext)
+            m_handlers.addContext();
+        break;
+    case Command::Undo:
+        m_document->undo();
+        break;
+    case Command::AddPreset:
+        m_document->addPreset(item.argument);
+        break;
+    case Command::RemovePreset:
+        m_document->removePreset(item.argument);
+        break;
+    case Command::BackupNow:
+        m_document->backupNow();
+        break;
+    case Command::ShowBackups:
+        showBackups();
+        break;
+    case Command::Restore:
+        m_document->restore(item.argument);
+        break;
+    case Command::AutoHide:
+        toggleAutoHide();
+        break;
+    case Command::ToggleTrayIcon:
+        toggleTrayIcon();
+        break;
+    case Command::LaunchAtLogin:
+        toggleLaunchAtLogin();
+        break;
+    case Command::EditConfig:
+        editConfig();
+        break;
+    case Command::CheckForUpdates:
+        checkForUpdates();
+        break;
+    case Command::Quit:
+        QApplication::quit();
+        break;
+    case Command::None:
+        break;
+    }
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "actions/Actions.h"
+#include "app/Hotkey.h"
+#include "app/MenuModel.h"
 #include "app/Preferences.h"
+#include "app/Visibility.h"
 #include "bar/BarHandlers.h"
 #include "config/AppContext.h"
 #include "config/ConfigDocument.h"
@@ -15,6 +18,10 @@
 class BarPanel;
 class BarView;
 class ConfigWatcher;
+class QMenu;
+class QSystemTrayIcon;
+class QVariantAnimation;
+class Updater;
 class FlyoutController;
 class Platform;
 
@@ -28,7 +35,8 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    explicit AppDelegate(std::unique_ptr<Platform> platform);
+    /// `updateFeed` empty: no updater and no update command.
+    AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed);
     ~AppDelegate() override;
 
     /// Loads the configuration, keeps a backup of it, shows the bar and applies the start-up commands.
@@ -53,6 +61,21 @@ public:
     const std::optional<ContextApp>& contextApp() const { return m_contextApp; }
     QList<ButtonSpec> contextButtons() const;
 
+    void hide(bool manual);
+    void show();
+    void toggleBar();
+    void toggleAutoHide();
+    void toggleLaunchAtLogin();
+    void toggleTrayIcon();
+    void updateStatusItem();
+    void updateHotkey();
+    void checkForUpdates();
+    bool hasUpdater() const { return m_updater != nullptr; }
+    const Visibility& visibility() const { return m_visibility; }
+    MenuModel::State menuState();
+    void runMenuCommand(const MenuModel::Item& item);
+    void showMenu(const QPoint& globalPos);
+
     ConfigDocument& document() { return *m_document; }
     Platform& platform() { return *m_platform; }
     Preferences& preferences() { return m_preferences; }
@@ -72,6 +95,8 @@ private:
     void trackFrontApp(const QProcessEnvironment& environment);
     void adopt(const ContextApp& app);
     void clearFeedback();
+    void visibilityTick();
+    void fadeTo(double opacity, int milliseconds, std::function<void()> done);
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<ConfigDocument> m_document;
@@ -86,4 +111,13 @@ private:
     QTimer m_saveTimer;
     bool m_lastExpandsUp = true;
     std::optional<ContextApp> m_contextApp;
+    Visibility m_visibility;
+    QTimer m_visibilityTimer;
+    QVariantAnimation* m_fade = nullptr;
+    double m_opacity = 1.0;
+    std::unique_ptr<Hotkey> m_hotkey;
+    std::unique_ptr<QMenu> m_barMenu;
+    std::unique_ptr<QMenu> m_trayMenu;
+    std::unique_ptr<QSystemTrayIcon> m_tray;
+    Updater* m_updater = nullptr;
 };

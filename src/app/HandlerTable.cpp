@@ -4,6 +4,7 @@
 #include "bar/FlyoutController.h"
 #include "config/Presets.h"
 #include "dragdrop/Editing.h"
+#include "platform/Platform.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -84,8 +85,12 @@ BarHandlers makeHandlers(AppDelegate& d)
     h.showBackups = weaklyDo<>(d, [](AppDelegate& a) { a.showBackups(); });
     h.undo = weaklyDo<>(d, [](AppDelegate& a) { a.document().undo(); });
     h.autoHide = weakly<bool>(d, [](AppDelegate& a) { return a.preferences().autoHide(); });
-    h.canCheckForUpdates = weakly<bool>(d, [](AppDelegate&) { return false; });
-    h.launchAtLogin = weakly<bool>(d, [](AppDelegate&) { return false; });
+    h.toggleAutoHide = weaklyDo<>(d, [](AppDelegate& a) { a.toggleAutoHide(); });
+    h.hideBar = weaklyDo<>(d, [](AppDelegate& a) { a.hide(true); });
+    h.canCheckForUpdates = weakly<bool>(d, [](AppDelegate& a) { return a.hasUpdater(); });
+    h.checkForUpdates = weaklyDo<>(d, [](AppDelegate& a) { a.checkForUpdates(); });
+    h.launchAtLogin = weakly<bool>(d, [](AppDelegate& a) { return a.platform().autostart().isEnabled(); });
+    h.toggleLaunchAtLogin = weaklyDo<>(d, [](AppDelegate& a) { a.toggleLaunchAtLogin(); });
     h.editConfigFile = weaklyDo<>(d, [](AppDelegate& a) { a.editConfig(); });
     h.quit = weaklyDo<>(d, [](AppDelegate&) { QApplication::quit(); });
     return h;

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/UpdateFeed.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
@@ -34,7 +35,7 @@ int main(int argc, char* argv[])
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
 
-    AppDelegate delegate(createDesktopPlatform());
+    AppDelegate delegate(createDesktopPlatform(), updateFeed());
     delegate.finishLaunching(QProcessEnvironment::systemEnvironment());
     return QApplication::exec();
 }

@@ -56,8 +56,22 @@ void BarPanel::resizeEvent(QResizeEvent* event)
     updateMask();
 }
 
+void BarPanel::setShapeHidden(bool hidden)
+{
+    if (hidden == m_shapeHidden)
+        return;
+    m_shapeHidden = hidden;
+    clearMask(); // so that the next mask is applied even when it equals the last one
+    updateMask();
+}
+
 void BarPanel::updateMask()
 {
+    if (m_shapeHidden) {
+        // One pixel outside the window: nothing of it is left to see.
+        setMask(QRegion(-1, -1, 1, 1));
+        return;
+    }
     // Without a compositor the transparent corners would show black; a shaped window cuts them off.
     if (m_windows.isCompositing()) {
         clearMask();

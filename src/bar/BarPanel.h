@@ -20,6 +20,8 @@ public:
     QSize fittingSize() const;
     /// Shows the panel with its window-manager properties, which an earlier hide has cleared.
     void showPanel();
+    /// Without a compositor a transparent window still shows: an empty shape hides it in place.
+    void setShapeHidden(bool hidden);
 
 Q_SIGNALS:
     void moved();
@@ -33,4 +35,5 @@ private:
 
     PanelWindows& m_windows;
     QWidget* m_content = nullptr;
+    bool m_shapeHidden = false;
 };

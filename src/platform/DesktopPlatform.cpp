@@ -3,7 +3,9 @@
 #include "platform/freedesktop/DesktopLauncher.h"
 #include "platform/freedesktop/QtClipboard.h"
 #include "platform/freedesktop/QtScreens.h"
+#include "platform/freedesktop/XdgAutostart.h"
 #include "platform/x11/X11FrontApplication.h"
+#include "platform/x11/X11HotkeyGrabber.h"
 #include "platform/x11/X11InputSynthesis.h"
 #include "platform/x11/X11PanelWindows.h"
 #include "platform/x11/XInputClickMonitor.h"
@@ -36,6 +38,8 @@ public:
     Screens& screens() override { return m_screens; }
     ClickMonitor& clickMonitor() override { return m_clickMonitor; }
     FrontApplication& frontApplication() override { return m_frontApplication; }
+    HotkeyGrabber& hotkey() override { return m_hotkey; }
+    Autostart& autostart() override { return m_autostart; }
 
 private:
     X11InputSynthesis m_input;
@@ -48,6 +52,8 @@ private:
     QtScreens m_screens;
     XInputClickMonitor m_clickMonitor;
     X11FrontApplication m_frontApplication;
+    X11HotkeyGrabber m_hotkey;
+    XdgAutostart m_autostart;
 };
 
 } // namespace

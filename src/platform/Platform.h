@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Autostart.h"
 #include "platform/Beeper.h"
 #include "platform/ClickMonitor.h"
 #include "platform/Clipboard.h"
 #include "platform/FileManager.h"
 #include "platform/FrontApplication.h"
+#include "platform/HotkeyGrabber.h"
 #include "platform/InputSynthesis.h"
 #include "platform/Launcher.h"
 #include "platform/PanelWindows.h"
@@ -34,6 +36,8 @@ public:
     virtual Screens& screens() = 0;
     virtual ClickMonitor& clickMonitor() = 0;
     virtual FrontApplication& frontApplication() = 0;
+    virtual HotkeyGrabber& hotkey() = 0;
+    virtual Autostart& autostart() = 0;
 };
 
 /// The X11 and freedesktop implementation; needs a running QGuiApplication on the xcb platform for

@@ -83,3 +83,25 @@ std::optional<ScreenInfo> FakePlatform::screenOf(const QRect& rect)
     }
     return best;
 }
+
+bool FakePlatform::grab(const KeyCombo& combo)
+{
+    calls.append(QStringLiteral("grab key=%1 carbon=%2").arg(combo.keyCode).arg(combo.carbon));
+    grabbed = combo;
+    return !grabRefused;
+}
+
+void FakePlatform::release()
+{
+    if (grabbed)
+        calls.append(QStringLiteral("release"));
+    grabbed.reset();
+}
+
+std::optional<QString> FakePlatform::setEnabled(bool enabled)
+{
+    if (loginItemError)
+        return loginItemError;
+    loginItem = enabled;
+    return std::nullopt;
+}

@@ -18,7 +18,9 @@ class FakePlatform final : public Platform,
                            PanelWindows,
                            Screens,
                            ClickMonitor,
-                           FrontApplication
+                           FrontApplication,
+                           HotkeyGrabber,
+                           Autostart
 {
 public:
     /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….
@@ -49,6 +51,12 @@ public:
     /// The application in front, and the callback that reports activations while watched.
     std::optional<ContextApp> front;
     std::function<void(const ContextApp&)> activated;
+    /// The grabbed hot key and its handler; `grabRefused` makes grabs fail like a combination held elsewhere.
+    std::optional<KeyCombo> grabbed;
+    std::function<void()> hotkeyHandler;
+    bool grabRefused = false;
+    bool loginItem = false;
+    std::optional<QString> loginItemError;
 
     InputSynthesis& input() override { return *this; }
     Clipboard& clipboard() override { return *this; }
@@ -60,6 +68,8 @@ public:
     Screens& screens() override { return *this; }
     ClickMonitor& clickMonitor() override { return *this; }
     FrontApplication& frontApplication() override { return *this; }
+    HotkeyGrabber& hotkey() override { return *this; }
+    Autostart& autostart() override { return *this; }
 
 private:
     bool isTrusted() override { return trusted; }
@@ -89,4 +99,9 @@ private:
     int pressedButtons() override { return buttons; }
     std::optional<ContextApp> current() override { return front; }
     void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
+    bool grab(const KeyCombo& combo) override;
+    void release() override;
+    void setHandler(std::function<void()> pressed) override { hotkeyHandler = std::move(pressed); }
+    bool isEnabled() override { return loginItem; }
+    std::optional<QString> setEnabled(bool enabled) override;
 };

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+/// Starting the program when the user logs in.
+class Autostart
+{
+public:
+    Autostart() = default;
+    virtual ~Autostart() = default;
+    Autostart(const Autostart&) = delete;
+    Autostart& operator=(const Autostart&) = delete;
+
+    virtual bool isEnabled() = 0;
+    /// Nothing on success, else why it failed.
+    virtual std::optional<QString> setEnabled(bool enabled) = 0;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "actions/KeyCombo.h"
+
+#include <functional>
+
+/// One system-wide key combination, reported wherever the keyboard focus is.
+class HotkeyGrabber
+{
+public:
+    HotkeyGrabber() = default;
+    virtual ~HotkeyGrabber() = default;
+    HotkeyGrabber(const HotkeyGrabber&) = delete;
+    HotkeyGrabber& operator=(const HotkeyGrabber&) = delete;
+
+    /// Takes the combination, with Caps Lock, Num Lock and Scroll Lock in any state, replacing any
+    /// earlier one; false when another program holds it.
+    virtual bool grab(const KeyCombo& combo) = 0;
+    /// Lets the combination go.
+    virtual void release() = 0;
+    /// Called on the main thread for each press (not for auto-repeat).
+    virtual void setHandler(std::function<void()> pressed) = 0;
+};

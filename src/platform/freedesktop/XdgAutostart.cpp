@@ -1,0 +1,83 @@
+#include "XdgAutostart.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QTextStream>
+
+namespace {
+
+/// The value of a key in the entry's main group, or nothing.
+std::optional<QString> valueOf(const QString& path, const QString& key)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return std::nullopt;
+    QTextStream in(&file);
+    bool mainGroup = false;
+    while (!in.atEnd()) {
+        const QString line = in.readLine().trimmed();
+        if (line.startsWith(QLatin1Char('[')))
+            mainGroup = line == QLatin1String("[Desktop Entry]");
+        else if (mainGroup && line.section(QLatin1Char('='), 0, 0).trimmed() == key)
+            return line.section(QLatin1Char('='), 1).trimmed();
+    }
+    return std::nullopt;
+}
+
+/// Quoted as the desktop entry rules want for Exec: spaces and specials inside double quotes.
+QString quotedProgram(const QString& path)
+{
+    QString escaped = path;
+    for (const char* special : {"\\", "\"", "`", "$"})
+        escaped.replace(QLatin1String(special), QLatin1Char('\\') + QLatin1String(special));
+    return QLatin1Char('"') + escaped + QLatin1Char('"');
+}
+
+} // namespace
+
+QString XdgAutostart::entryPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/autostart/vantril.desktop");
+}
+
+bool XdgAutostart::isEnabled()
+{
+    const QString path = entryPath();
+    if (!QFile::exists(path))
+        return false;
+    return valueOf(path, QStringLiteral("Hidden")) != QLatin1String("true") &&
+           valueOf(path, QStringLiteral("X-GNOME-Autostart-enabled")) != QLatin1String("false");
+}
+
+std::optional<QString> XdgAutostart::setEnabled(bool enabled)
+{
+    const QString path = entryPath();
+    if (!enabled) {
+        if (QFile::exists(path) && !QFile::remove(path))
+            return QStringLiteral("cannot remove %1").arg(path);
+        return std::nullopt;
+    }
+    if (!QDir().mkpath(QFileInfo(path).absolutePath()))
+        return QStringLiteral("cannot create %1").arg(QFileInfo(path).absolutePath());
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+        return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    QTextStream out(&file);
+    out << "[Desktop Entry]\n"
+        << "Type=Application\n"
+        << "Name=Vantril\n"
+        << "Comment=A floating bar of buttons\n"
+        << "Exec=" << quotedProgram(QCoreApplication::applicationFilePath()) << "\n"
+        << "Icon=vantril\n"
+        << "Terminal=false\n"
+        << "X-GNOME-Autostart-enabled=true\n";
+    out.flush();
+    if (!file.commit())
+        return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    return std::nullopt;
+}
