@@ -7,7 +7,7 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
-test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick)
+test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer)
 
 packages=("${build_packages[@]}")
 if [[ "${1:-build}" == "test" ]]; then

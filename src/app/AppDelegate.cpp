@@ -1,10 +1,11 @@
 #include "AppDelegate.h"
 
 #include "actions/Paths.h"
-#include "app/AppMenu.h"
+#include "actions/ShortcutList.h"
+#include "app/BarVisibility.h"
 #include "app/HandlerTable.h"
+#include "app/ShellMenus.h"
 #include "app/StartupCommands.h"
-#include "app/TrayGlyph.h"
 #include "app/Updater.h"
 #include "bar/BarPanel.h"
 #include "bar/BarView.h"
@@ -18,18 +19,14 @@
 #include "config/FileIO.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/Editing.h"
+#include "editor/EditView.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 
-#include <QApplication>
-#include <QCursor>
 #include <QDir>
 #include <QGuiApplication>
-#include <QMenu>
 #include <QScreen>
-#include <QSystemTrayIcon>
 #include <QUrl>
-#include <QVariantAnimation>
 
 namespace {
 
@@ -44,11 +41,10 @@ AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateF
 {
     if (!updateFeed.isEmpty())
         m_updater = new Updater(updateFeed, this);
-    m_hotkey = std::make_unique<Hotkey>(m_platform->hotkey(), [this] { toggleBar(); });
-    m_visibilityTimer.setInterval(Visibility::tickMs);
-    connect(&m_visibilityTimer, &QTimer::timeout, this, &AppDelegate::visibilityTick);
+    m_visibility = new BarVisibility(*m_platform, m_preferences, this);
+    m_hotkey = std::make_unique<Hotkey>(m_platform->hotkey(), [this] { m_visibility->toggleBar(); });
     m_handlers = makeHandlers(*this);
-    m_flyouts = std::make_unique<FlyoutController>(*m_platform, m_handlers);
+    m_flyouts = std::make_unique<FlyoutController>(*m_platform, m_handlers, m_drag);
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(savePositionDelayMs);
     connect(&m_saveTimer, &QTimer::timeout, this, &AppDelegate::savePosition);
@@ -76,13 +72,29 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
         Config::snapshot(true);
 
     createBar(environment.contains(QStringLiteral("VANTRIL_TOP")));
-    m_barMenu = std::make_unique<QMenu>();
-    connect(m_barView, &BarView::menuRequested, this, &AppDelegate::showMenu);
-    updateStatusItem();
+    m_menus = new ShellMenus(*this);
+    connect(m_barView, &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
+    m_menus->updateTrayIcon();
     connect(m_panel.get(), &BarPanel::moved, this, &AppDelegate::barMoved);
     watchScreens();
 
     StartupCommands::applyConfigCommands(*m_document, environment);
+    if (const auto id = environment.value(QStringLiteral("VANTRIL_SHOW_EDITOR")); !id.isEmpty()) {
+        // Top-level buttons first, then stack members: the application sets are not searched here.
+        std::optional<ButtonSpec> found;
+        for (const ButtonSpec& top : m_document->cfg().buttons) {
+            if (top.title == id && !found)
+                found = top;
+        }
+        for (const ButtonSpec& top : m_document->cfg().buttons) {
+            for (const ButtonSpec& member : top.children.value_or(QList<ButtonSpec>())) {
+                if (member.title == id && !found)
+                    found = member;
+            }
+        }
+        if (found)
+            QTimer::singleShot(1000, this, [this, found] { openEditor(found, std::nullopt, false); });
+    }
     if (environment.contains(QStringLiteral("VANTRIL_CHECK_UPDATES")) && m_updater)
         QTimer::singleShot(1500, this, &AppDelegate::checkForUpdates);
 
@@ -92,7 +104,9 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     m_watcher->start();
     trackFrontApp(environment);
     updateHotkey();
-    m_visibilityTimer.start();
+    m_visibility->attach(m_panel.get(), m_flyouts.get(),
+                         [this] { return m_editor && m_editor->isVisible(); });
+    m_visibility->start();
     scheduleStartupMoves(environment);
 }
 
@@ -430,123 +444,11 @@ void AppDelegate::updateHotkey()
     m_hotkey->update(m_document->cfg().hotkey);
 }
 
-void AppDelegate::visibilityTick()
-{
-    if (!m_panel)
-        return;
-    Visibility::Sample sample;
-    sample.autoHide = m_preferences.autoHide();
-    sample.pointer = QCursor::pos();
-    sample.bar = m_panel->frameGeometry();
-    if (BarPanel* flyout = m_flyouts->panel())
-        sample.flyout = flyout->frameGeometry();
-    sample.editorOpen = false;
-    // Only worth a round trip to the server when the answer can matter.
-    if (sample.autoHide && m_visibility.isShown())
-        sample.buttonPressed = m_platform->clickMonitor().pressedButtons() != 0;
-    switch (m_visibility.tick(sample)) {
-    case Visibility::Action::Hide:
-        hide(false);
-        break;
-    case Visibility::Action::Show:
-        show();
-        break;
-    case Visibility::Action::None:
-        break;
-    }
-}
-
-void AppDelegate::fadeTo(double opacity, int milliseconds, std::function<void()> done)
-{
-    if (m_fade)
-        m_fade->stop();
-    delete m_fade;
-    m_fade = new QVariantAnimation(this);
-    m_fade->setStartValue(m_opacity);
-    m_fade->setEndValue(opacity);
-    m_fade->setDuration(milliseconds);
-    connect(m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-        m_opacity = value.toDouble();
-        m_platform->panelWindows().setOpacity(m_panel->winId(), m_opacity);
-    });
-    connect(m_fade, &QVariantAnimation::finished, this, std::move(done));
-    m_fade->start();
-}
-
-void AppDelegate::hide(bool manual)
-{
-    if (!m_panel)
-        return;
-    closeFlyout();
-    m_visibility.hidden(manual);
-    fadeTo(0.0, Visibility::fadeOutMs, [this] {
-        // A show may have come in during the fade; then the bar stays as it is now.
-        if (m_visibility.isShown())
-            return;
-        m_platform->panelWindows().setClickThrough(m_panel->winId(), true);
-        if (!m_platform->panelWindows().isCompositing())
-            m_panel->setShapeHidden(true); // opacity means nothing without a compositor
-    });
-}
-
-void AppDelegate::show()
-{
-    if (!m_panel)
-        return;
-    m_visibility.shown();
-    m_panel->setShapeHidden(false);
-    m_platform->panelWindows().setClickThrough(m_panel->winId(), false);
-    m_panel->raise();
-    fadeTo(1.0, Visibility::fadeInMs, [] {});
-}
-
-void AppDelegate::toggleBar()
-{
-    if (m_visibility.isShown())
-        hide(true);
-    else
-        show();
-}
-
-void AppDelegate::toggleAutoHide()
-{
-    const bool on = !m_preferences.autoHide();
-    m_preferences.setAutoHide(on);
-    if (m_visibility.autoHideToggled(on) == Visibility::Action::Show)
-        show();
-}
-
 void AppDelegate::toggleLaunchAtLogin()
 {
     Autostart& autostart = m_platform->autostart();
     if (const auto error = autostart.setEnabled(!autostart.isEnabled()))
         Log::line(QStringLiteral("Launch at login failed: ") + *error);
-}
-
-void AppDelegate::toggleTrayIcon()
-{
-    m_preferences.setShowStatusItem(!m_preferences.showStatusItem());
-    updateStatusItem();
-}
-
-void AppDelegate::updateStatusItem()
-{
-    if (!m_preferences.showStatusItem()) {
-        m_tray.reset();
-        m_trayMenu.reset();
-        return;
-    }
-    if (m_tray)
-        return;
-    m_trayMenu = std::make_unique<QMenu>();
-    connect(m_trayMenu.get(), &QMenu::aboutToShow, this, [this] {
-        AppMenu::fill(*m_trayMenu, MenuModel::populate(menuState()),
-                      [this](const MenuModel::Item& item) { runMenuCommand(item); });
-    });
-    m_tray = std::make_unique<QSystemTrayIcon>(TrayGlyph::icon());
-    m_tray->setToolTip(QStringLiteral("Vantril"));
-    m_tray->setContextMenu(m_trayMenu.get());
-    m_tray->show();
 }
 
 void AppDelegate::checkForUpdates()
@@ -555,85 +457,71 @@ void AppDelegate::checkForUpdates()
         m_updater->check();
 }
 
-MenuModel::State AppDelegate::menuState()
+void AppDelegate::openEditor(const std::optional<ButtonSpec>& editing, const std::optional<QString>& parent,
+                             bool newStack)
 {
-    MenuModel::State state;
-    state.barShown = m_visibility.isShown();
-    state.contextName = m_contextApp ? std::optional<QString>(m_contextApp->name) : std::nullopt;
-    state.canUndo = m_document->canUndo();
-    state.presetNames = m_handlers.presetNames();
-    state.appliedPresets = m_handlers.appliedPresetNames();
-    state.backups = Config::backupInfos();
-    state.autoHide = m_preferences.autoHide();
-    state.trayIcon = m_preferences.showStatusItem();
-    state.launchAtLogin = m_platform->autostart().isEnabled();
-    state.hasUpdater = hasUpdater();
-    return state;
-}
-
-void AppDelegate::showMenu(const QPoint& globalPos)
-{
-    AppMenu::fill(*m_barMenu, MenuModel::populate(menuState()),
-                  [this](const MenuModel::Item& item) { runMenuCommand(item); });
-    m_barMenu->popup(globalPos);
-}
-
-void AppDelegate::runMenuCommand(const MenuModel::Item& item)
-{
-    using Command = MenuModel::Command;
-    switch (item.command) {
-    case Command::ToggleBar:
-        toggleBar();
-        break;
-    case Command::AddButton:
-        if (m_handlers.add)
-            m_handlers.add(std::nullopt);
-        break;
-    case Command::NewStack:
-        if (m_handlers.newStack)
-            m_handlers.newStack();
-        break;
-    case Command::AddContextButton:
-        if (m_handlers.addContext)
-            m_handlers.addContext();
-        break;
-    case Command::Undo:
-        m_document->undo();
-        break;
-    case Command::AddPreset:
-        m_document->addPreset(item.argument);
-        break;
-    case Command::RemovePreset:
-        m_document->removePreset(item.argument);
-        break;
-    case Command::BackupNow:
-        m_document->backupNow();
-        break;
-    case Command::ShowBackups:
-        showBackups();
-        break;
-    case Command::Restore:
-        m_document->restore(item.argument);
-        break;
-    case Command::AutoHide:
-        toggleAutoHide();
-        break;
-    case Command::ToggleTrayIcon:
-        toggleTrayIcon();
-        break;
-    case Command::LaunchAtLogin:
-        toggleLaunchAtLogin();
-        break;
-    case Command::EditConfig:
-        editConfig();
-        break;
-    case Command::CheckForUpdates:
-        checkForUpdates();
-        break;
-    case Command::Quit:
-        QApplication::quit();
-        break;
-    case Command::None:
-        break;
+    if (m_editor) {
+        m_editor->show();
+        m_editor->raise();
+        m_editor->activateWindow();
+        return;
     }
+    ButtonSpec initial;
+    if (editing) {
+        initial = *editing;
+    } else if (newStack) {
+        initial.action = QStringLiteral("group");
+        initial.symbol = QStringLiteral("folder");
+        initial.children = QList<ButtonSpec>();
+    } else {
+        initial.action = QStringLiteral("open");
+        initial.symbol = QStringLiteral("doc");
+    }
+    EditorServices services;
+    services.applications = [this] {
+        QList<ApplicationChoice> choices;
+        for (const InstalledApplication& app : m_platform->launcher().installedApplications())
+            choices.append({app.name, app.id});
+        return choices;
+    };
+    services.shortcutNames = ShortcutList::names();
+    services.shortcutsFolder = Actions::shortcutsFolder();
+    auto* editor = new EditView(initial, !editing, services);
+    m_editor = editor;
+    const std::optional<QString> oldTitle = editing ? std::optional<QString>(editing->title) : std::nullopt;
+    editor->onSave = [this, oldTitle, parent](const ButtonSpec& edited) {
+        saveEdited(edited, oldTitle, parent);
+    };
+    editor->show();
+    editor->raise();
+    editor->activateWindow();
+}
+
+void AppDelegate::saveEdited(ButtonSpec edited, const std::optional<QString>& oldTitle,
+                             const std::optional<QString>& parent)
+{
+    BarConfig& cfg = m_document->cfg();
+    edited.title = Editing::uniqueTitle(cfg, edited.title.trimmed(), oldTitle);
+    if (oldTitle) {
+        if (!Editing::replace(cfg, *oldTitle, edited))
+            return; // gone meanwhile, by a hand edit say
+    } else if (parent == QLatin1String("@context")) {
+        if (const auto index = AppContext::contextSetIndex(cfg, m_contextApp, true))
+            (*cfg.appSets)[*index].buttons.append(edited);
+        else
+            cfg.buttons.append(edited);
+    } else if (parent) {
+        const auto stack = std::find_if(cfg.buttons.begin(), cfg.buttons.end(),
+                                        [&](const ButtonSpec& b) { return b.title == *parent; });
+        if (stack == cfg.buttons.end()) {
+            cfg.buttons.append(edited);
+        } else {
+            if (!stack->children)
+                stack->children.emplace();
+            stack->children->append(edited);
+        }
+    } else {
+        cfg.buttons.append(edited);
+    }
+    m_document->commit();
 }

@@ -2,25 +2,24 @@
 
 #include "actions/Actions.h"
 #include "app/Hotkey.h"
-#include "app/MenuModel.h"
 #include "app/Preferences.h"
-#include "app/Visibility.h"
 #include "bar/BarHandlers.h"
 #include "config/AppContext.h"
 #include "config/ConfigDocument.h"
 #include "dragdrop/DragState.h"
+#include "editor/EditView.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QProcessEnvironment>
 #include <QTimer>
 #include <memory>
 
 class BarPanel;
 class BarView;
+class BarVisibility;
 class ConfigWatcher;
-class QMenu;
-class QSystemTrayIcon;
-class QVariantAnimation;
+class ShellMenus;
 class Updater;
 class FlyoutController;
 class Platform;
@@ -61,20 +60,17 @@ public:
     const std::optional<ContextApp>& contextApp() const { return m_contextApp; }
     QList<ButtonSpec> contextButtons() const;
 
-    void hide(bool manual);
-    void show();
-    void toggleBar();
-    void toggleAutoHide();
     void toggleLaunchAtLogin();
-    void toggleTrayIcon();
-    void updateStatusItem();
     void updateHotkey();
     void checkForUpdates();
     bool hasUpdater() const { return m_updater != nullptr; }
-    const Visibility& visibility() const { return m_visibility; }
-    MenuModel::State menuState();
-    void runMenuCommand(const MenuModel::Item& item);
-    void showMenu(const QPoint& globalPos);
+    BarVisibility& barVisibility() { return *m_visibility; }
+
+    /// Opens the button editor, or brings forward the one that is open. `parent` is a stack's title, or
+    /// "@context" for the set of the application in front; none puts a new button on the bar.
+    void openEditor(const std::optional<ButtonSpec>& editing, const std::optional<QString>& parent,
+                    bool newStack);
+    EditView* editor() const { return m_editor; }
 
     ConfigDocument& document() { return *m_document; }
     Platform& platform() { return *m_platform; }
@@ -95,8 +91,8 @@ private:
     void trackFrontApp(const QProcessEnvironment& environment);
     void adopt(const ContextApp& app);
     void clearFeedback();
-    void visibilityTick();
-    void fadeTo(double opacity, int milliseconds, std::function<void()> done);
+    void saveEdited(ButtonSpec edited, const std::optional<QString>& oldTitle,
+                    const std::optional<QString>& parent);
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<ConfigDocument> m_document;
@@ -111,13 +107,9 @@ private:
     QTimer m_saveTimer;
     bool m_lastExpandsUp = true;
     std::optional<ContextApp> m_contextApp;
-    Visibility m_visibility;
-    QTimer m_visibilityTimer;
-    QVariantAnimation* m_fade = nullptr;
-    double m_opacity = 1.0;
+    BarVisibility* m_visibility = nullptr;
+    ShellMenus* m_menus = nullptr;
     std::unique_ptr<Hotkey> m_hotkey;
-    std::unique_ptr<QMenu> m_barMenu;
-    std::unique_ptr<QMenu> m_trayMenu;
-    std::unique_ptr<QSystemTrayIcon> m_tray;
     Updater* m_updater = nullptr;
+    QPointer<EditView> m_editor;
 };

@@ -1,6 +1,7 @@
 #include "HandlerTable.h"
 
 #include "app/AppDelegate.h"
+#include "app/BarVisibility.h"
 #include "bar/FlyoutController.h"
 #include "config/Presets.h"
 #include "dragdrop/Editing.h"
@@ -85,12 +86,24 @@ BarHandlers makeHandlers(AppDelegate& d)
     h.showBackups = weaklyDo<>(d, [](AppDelegate& a) { a.showBackups(); });
     h.undo = weaklyDo<>(d, [](AppDelegate& a) { a.document().undo(); });
     h.autoHide = weakly<bool>(d, [](AppDelegate& a) { return a.preferences().autoHide(); });
-    h.toggleAutoHide = weaklyDo<>(d, [](AppDelegate& a) { a.toggleAutoHide(); });
-    h.hideBar = weaklyDo<>(d, [](AppDelegate& a) { a.hide(true); });
+    h.toggleAutoHide = weaklyDo<>(d, [](AppDelegate& a) { a.barVisibility().toggleAutoHide(); });
+    h.hideBar = weaklyDo<>(d, [](AppDelegate& a) { a.barVisibility().hide(true); });
     h.canCheckForUpdates = weakly<bool>(d, [](AppDelegate& a) { return a.hasUpdater(); });
     h.checkForUpdates = weaklyDo<>(d, [](AppDelegate& a) { a.checkForUpdates(); });
     h.launchAtLogin = weakly<bool>(d, [](AppDelegate& a) { return a.platform().autostart().isEnabled(); });
     h.toggleLaunchAtLogin = weaklyDo<>(d, [](AppDelegate& a) { a.toggleLaunchAtLogin(); });
+    h.edit = weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) {
+        // The menu's copy may be stale; edit what the document holds now.
+        if (const auto current = Editing::button(a.document().cfg(), spec.title))
+            a.openEditor(current, std::nullopt, false);
+    });
+    h.add =
+        weaklyDo<const std::optional<QString>&>(d, [](AppDelegate& a, const std::optional<QString>& parent) {
+            a.openEditor(std::nullopt, parent, false);
+        });
+    h.newStack = weaklyDo<>(d, [](AppDelegate& a) { a.openEditor(std::nullopt, std::nullopt, true); });
+    h.addContext =
+        weaklyDo<>(d, [](AppDelegate& a) { a.openEditor(std::nullopt, QStringLiteral("@context"), false); });
     h.editConfigFile = weaklyDo<>(d, [](AppDelegate& a) { a.editConfig(); });
     h.quit = weaklyDo<>(d, [](AppDelegate&) { QApplication::quit(); });
     return h;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/MenuItem.h"
 #include "config/Backups.h"
 
 #include <QList>
@@ -31,17 +32,7 @@ enum class Command
     Quit,
 };
 
-struct Item
-{
-    QString title; ///< empty for a separator
-    Command command = Command::None;
-    QString argument;
-    std::optional<bool> checked;
-    QList<Item> submenu;
-
-    bool isSeparator() const { return title.isEmpty(); }
-    bool operator==(const Item&) const = default;
-};
+using Item = MenuItem<Command>;
 
 /// What the menu depends on.
 struct State

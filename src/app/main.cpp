@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/UpdateFeed.h"
+#include "diagnostics/Probe.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
@@ -8,6 +9,35 @@
 #include <QProcessEnvironment>
 #include <QTextStream>
 #include <cstdio>
+#include <memory>
+
+namespace {
+
+/// "--probe" and "--probe-prompt" report on the session and exit; they need the display only when
+/// there is one, so that a missing display is itself reported.
+int runProbe(int argc, char* argv[], bool prompt)
+{
+    const bool display = !desktopUnavailableReason();
+    std::unique_ptr<QCoreApplication> application;
+    if (display) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        application = std::make_unique<QApplication>(argc, argv);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    const std::unique_ptr<Platform> platform = display ? createDesktopPlatform() : nullptr;
+    if (!prompt) {
+        Probe::publish(Probe::run(platform.get()));
+        return 0;
+    }
+    // No permission prompt exists on X11: input synthesis is there when XTest is.
+    const bool trusted = platform && platform->input().isTrusted();
+    QTextStream(stdout) << "AXIsProcessTrustedWithOptions(prompt) → " << (trusted ? "true" : "false")
+                        << Qt::endl;
+    return 0;
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -18,6 +48,8 @@ int main(int argc, char* argv[])
     QTextStream out(stdout);
     if (const auto status = CommandLine::handle(arguments, out))
         return *status;
+    if (arguments.contains(QStringLiteral("--probe")) || arguments.contains(QStringLiteral("--probe-prompt")))
+        return runProbe(argc, argv, !arguments.contains(QStringLiteral("--probe")));
 
     if (const auto reason = desktopUnavailableReason()) {
         std::fprintf(stderr, "vantril: %s\n", qPrintable(*reason));

@@ -4,6 +4,7 @@
 #include "bar/GripView.h"
 #include "bar/Look.h"
 #include "dragdrop/DragState.h"
+#include "editor/ItemMenu.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -59,13 +60,9 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
         if (handlers.tap)
             handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
     };
-    chip->onDragMove = [chip, &handlers](const QPointF& at) {
-        if (handlers.dragMove)
-            handlers.dragMove(chip->spec(), at);
-    };
-    chip->onDragEnd = [chip, &handlers](const QPointF& at) {
-        if (handlers.dragEnd)
-            handlers.dragEnd(chip->spec(), at);
+    chip->forwardDrags(handlers);
+    chip->onContextMenu = [this, chip](const QPoint& at) {
+        ItemMenu::popup(chip->spec(), m_handlers, m_drag, at);
     };
     return chip;
 }

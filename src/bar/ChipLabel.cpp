@@ -40,6 +40,18 @@ ChipLabel::ChipLabel(ButtonSpec spec, std::optional<QString> chevron, bool fill,
     setToolTip(m_spec.argument.value_or(QString()));
 }
 
+void ChipLabel::forwardDrags(const BarHandlers& handlers)
+{
+    onDragMove = [this, &handlers](const QPointF& at) {
+        if (handlers.dragMove)
+            handlers.dragMove(m_spec, at);
+    };
+    onDragEnd = [this, &handlers](const QPointF& at) {
+        if (handlers.dragEnd)
+            handlers.dragEnd(m_spec, at);
+    };
+}
+
 void ChipLabel::setHighlighted(bool on)
 {
     if (on == m_highlighted)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bar/BarHandlers.h"
 #include "config/BarConfig.h"
 
 #include <QPoint>
@@ -23,6 +24,8 @@ public:
     std::function<void(const QPointF&)> onDragMove;
     std::function<void(const QPointF&)> onDragEnd;
     std::function<void(const QPoint&)> onContextMenu;
+    /// Hands this chip's drags to the controller.
+    void forwardDrags(const BarHandlers& handlers);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

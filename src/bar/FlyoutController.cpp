@@ -6,10 +6,12 @@
 #include "bar/Geometry.h"
 #include "platform/Platform.h"
 
-FlyoutController::FlyoutController(Platform& platform, const BarHandlers& handlers, QObject* parent)
+FlyoutController::FlyoutController(Platform& platform, const BarHandlers& handlers, const DragState& drag,
+                                   QObject* parent)
     : QObject(parent)
     , m_platform(platform)
     , m_handlers(handlers)
+    , m_drag(drag)
 {}
 
 FlyoutController::~FlyoutController()
@@ -19,10 +21,18 @@ FlyoutController::~FlyoutController()
 
 void FlyoutController::showFlyout(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor)
 {
+    open(items, id, anchor, std::nullopt);
+}
+
+void FlyoutController::open(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor,
+                            const std::optional<QString>& listingRoot)
+{
     if (!m_bar)
         return;
+    // Known before the rows are made: a listing's rows get no button menu.
+    m_listingRoot = listingRoot;
     auto* panel = new BarPanel(m_platform.panelWindows(), QStringLiteral("Vantril flyout"));
-    panel->setContent(new FlyoutView(items, m_handlers));
+    panel->setContent(new FlyoutView(items, m_handlers, &m_drag));
 
     const QRect bar = m_bar->frameGeometry();
     const auto screen = m_platform.screens().screenOf(bar);
@@ -42,8 +52,7 @@ void FlyoutController::showFolder(const QString& path, const QString& id, const 
 {
     const QList<ButtonSpec> items = FolderListing::items(path, root);
     closeFlyout();
-    showFlyout(items, id, anchor);
-    m_listingRoot = root ? root : std::optional<QString>(path);
+    open(items, id, anchor, root ? root : std::optional<QString>(path));
 }
 
 void FlyoutController::closeFlyout()

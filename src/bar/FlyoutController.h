@@ -8,6 +8,7 @@
 #include <QRectF>
 #include <optional>
 
+class DragState;
 class Platform;
 
 /// The one open flyout, if any: a stack's members or a folder listing, hung above or below its chip.
@@ -17,7 +18,8 @@ class FlyoutController : public QObject
     Q_OBJECT
 
 public:
-    FlyoutController(Platform& platform, const BarHandlers& handlers, QObject* parent = nullptr);
+    FlyoutController(Platform& platform, const BarHandlers& handlers, const DragState& drag,
+                     QObject* parent = nullptr);
     ~FlyoutController() override;
 
     /// The bar the flyouts hang from.
@@ -35,10 +37,13 @@ public:
     BarPanel* panel() const { return m_flyout; }
 
 private:
+    void open(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor,
+              const std::optional<QString>& listingRoot);
     void pressedAt(const QPoint& position);
 
     Platform& m_platform;
     const BarHandlers& m_handlers;
+    const DragState& m_drag;
     QPointer<BarPanel> m_bar;
     QPointer<BarPanel> m_flyout;
     std::optional<QString> m_openGroup;

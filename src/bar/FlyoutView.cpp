@@ -2,12 +2,14 @@
 
 #include "bar/ChipLabel.h"
 #include "bar/Look.h"
+#include "editor/ItemMenu.h"
 
 #include <QLabel>
 #include <QPainter>
 #include <QVBoxLayout>
 
-FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, QWidget* parent)
+FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, const DragState* drag,
+                       QWidget* parent)
     : QWidget(parent)
 {
     setFocusPolicy(Qt::NoFocus);
@@ -31,14 +33,13 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
             if (handlers.tapInFlyout)
                 handlers.tapInFlyout(chip->spec());
         };
-        chip->onDragMove = [chip, &handlers](const QPointF& at) {
-            if (handlers.dragMove)
-                handlers.dragMove(chip->spec(), at);
-        };
-        chip->onDragEnd = [chip, &handlers](const QPointF& at) {
-            if (handlers.dragEnd)
-                handlers.dragEnd(chip->spec(), at);
-        };
+        chip->forwardDrags(handlers);
+        // The rows of a folder listing are made up for the moment, not buttons of the document.
+        if (drag && !(handlers.isListing && handlers.isListing())) {
+            chip->onContextMenu = [chip, &handlers, drag](const QPoint& at) {
+                ItemMenu::popup(chip->spec(), handlers, *drag, at);
+            };
+        }
         column->addWidget(chip);
     }
 }

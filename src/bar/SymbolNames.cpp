@@ -4,104 +4,117 @@
 
 namespace {
 
+struct Mapping
+{
+    const char16_t* symbol;
+    const char16_t* icon;
+};
+
 /// The names the program itself uses (defaults, presets, listings, menus), mapped to the closest
-/// freedesktop icon.
+/// freedesktop icon, in the order the editor's palette shows them: related symbols side by side.
+constexpr Mapping mappings[] = {
+    {u"folder", u"folder"},
+    {u"folder.badge.plus", u"folder-new"},
+    {u"arrow.down.circle", u"folder-download"},
+    {u"house", u"user-home"},
+    {u"menubar.dock.rectangle", u"user-desktop"},
+    {u"doc.text", u"text-x-generic"},
+    {u"doc", u"text-x-generic"},
+    {u"doc.plaintext", u"text-x-generic"},
+    {u"note.text", u"accessories-text-editor"},
+    {u"square.and.pencil", u"document-edit"},
+    {u"pencil.and.outline", u"document-edit"},
+    {u"tablecells", u"x-office-spreadsheet"},
+    {u"calendar", u"x-office-calendar"},
+    {u"photo", u"image-x-generic"},
+    {u"music.note", u"audio-x-generic"},
+    {u"waveform", u"audio-x-generic"},
+    {u"camera", u"camera-photo"},
+    {u"printer", u"printer"},
+    {u"terminal", u"utilities-terminal"},
+    {u"app", u"application-x-executable"},
+    {u"square.grid.2x2", u"view-app-grid"},
+    {u"safari", u"web-browser"},
+    {u"globe", u"web-browser"},
+    {u"link", u"insert-link"},
+    {u"envelope", u"mail-unread"},
+    {u"tray", u"mail-inbox"},
+    {u"tray.and.arrow.down", u"mail-receive"},
+    {u"arrowshape.turn.up.left", u"mail-reply-sender"},
+    {u"arrowshape.turn.up.left.2", u"mail-reply-all"},
+    {u"arrowshape.turn.up.right", u"mail-forward"},
+    {u"archivebox", u"package-x-generic"},
+    {u"xmark.bin", u"mail-mark-junk"},
+    {u"flag", u"mail-mark-important"},
+    {u"trash", u"user-trash"},
+    {u"bookmark", u"bookmark-new"},
+    {u"star", u"starred"},
+    {u"heart", u"emblem-favorite"},
+    {u"face.smiling", u"face-smile"},
+    {u"text.bubble", u"user-available"},
+    {u"mappin", u"mark-location"},
+    {u"magnifyingglass", u"edit-find"},
+    {u"info.circle", u"dialog-information"},
+    {u"questionmark.circle", u"help-about"},
+    {u"gearshape", u"emblem-system"},
+    {u"slider.horizontal.3", u"preferences-system"},
+    {u"keyboard", u"input-keyboard"},
+    {u"cursorarrow", u"input-mouse"},
+    {u"sum", u"accessories-calculator"},
+    {u"doc.on.clipboard", u"edit-paste"},
+    {u"scissors", u"edit-cut"},
+    {u"plus.square.on.square", u"edit-copy"},
+    {u"square.and.arrow.down", u"document-save"},
+    {u"square.and.arrow.up", u"send-to"},
+    {u"arrow.up.forward.app", u"document-open"},
+    {u"plus.rectangle", u"tab-new"},
+    {u"macwindow.badge.plus", u"window-new"},
+    {u"xmark.rectangle", u"edit-clear"},
+    {u"arrow.uturn.backward", u"edit-undo"},
+    {u"arrow.clockwise", u"view-refresh"},
+    {u"rotate.right", u"object-rotate-right"},
+    {u"stop.circle", u"process-stop"},
+    {u"eye", u"view-reveal"},
+    {u"eye.slash", u"view-conceal"},
+    {u"list.bullet", u"view-list"},
+    {u"list.bullet.indent", u"format-indent-more"},
+    {u"rectangle.split.3x1", u"view-column"},
+    {u"rectangle.split.2x1", u"view-dual"},
+    {u"magnet", u"view-grid"},
+    {u"bold", u"format-text-bold"},
+    {u"italic", u"format-text-italic"},
+    {u"underline", u"format-text-underline"},
+    {u"textformat", u"format-text-direction-ltr"},
+    {u"textformat.size", u"format-text-larger"},
+    {u"textformat.size.larger", u"zoom-in"},
+    {u"textformat.size.smaller", u"zoom-out"},
+    {u"playpause", u"media-playback-start"},
+    {u"backward.fill", u"media-skip-backward"},
+    {u"forward.fill", u"media-skip-forward"},
+    {u"speaker.wave.3", u"audio-volume-high"},
+    {u"speaker.wave.1", u"audio-volume-low"},
+    {u"shuffle", u"media-playlist-shuffle"},
+    {u"repeat", u"media-playlist-repeat"},
+    {u"moon", u"weather-clear-night"},
+    {u"bolt", u"battery-full-charging"},
+    {u"power", u"system-shutdown"},
+    {u"lock.fill", u"changes-prevent"},
+    {u"ellipsis", u"view-more-horizontal"},
+    {u"arrow.up", u"go-up"},
+    {u"chevron.up", u"go-up"},
+    {u"chevron.down", u"go-down"},
+    {u"chevron.backward", u"go-previous"},
+    {u"chevron.forward", u"go-next"},
+};
+
 const QHash<QString, QString>& table()
 {
-    static const QHash<QString, QString> names = {
-        {QStringLiteral("folder"), QStringLiteral("folder")},
-        {QStringLiteral("arrow.down.circle"), QStringLiteral("folder-download")},
-        {QStringLiteral("doc.text"), QStringLiteral("text-x-generic")},
-        {QStringLiteral("doc"), QStringLiteral("text-x-generic")},
-        {QStringLiteral("doc.plaintext"), QStringLiteral("text-x-generic")},
-        {QStringLiteral("menubar.dock.rectangle"), QStringLiteral("user-desktop")},
-        {QStringLiteral("folder.badge.plus"), QStringLiteral("folder-new")},
-        {QStringLiteral("square.grid.2x2"), QStringLiteral("view-app-grid")},
-        {QStringLiteral("safari"), QStringLiteral("web-browser")},
-        {QStringLiteral("envelope"), QStringLiteral("mail-unread")},
-        {QStringLiteral("note.text"), QStringLiteral("accessories-text-editor")},
-        {QStringLiteral("calendar"), QStringLiteral("x-office-calendar")},
-        {QStringLiteral("terminal"), QStringLiteral("utilities-terminal")},
-        {QStringLiteral("questionmark.circle"), QStringLiteral("help-about")},
-        {QStringLiteral("chevron.up"), QStringLiteral("go-up")},
-        {QStringLiteral("chevron.down"), QStringLiteral("go-down")},
-        {QStringLiteral("chevron.backward"), QStringLiteral("go-previous")},
-        {QStringLiteral("chevron.forward"), QStringLiteral("go-next")},
-        {QStringLiteral("lock.fill"), QStringLiteral("changes-prevent")},
-        {QStringLiteral("arrow.up"), QStringLiteral("go-up")},
-        {QStringLiteral("arrow.up.forward.app"), QStringLiteral("document-open")},
-        {QStringLiteral("ellipsis"), QStringLiteral("view-more-horizontal")},
-        {QStringLiteral("tray"), QStringLiteral("mail-inbox")},
-        {QStringLiteral("tray.and.arrow.down"), QStringLiteral("mail-receive")},
-        {QStringLiteral("square.and.pencil"), QStringLiteral("document-edit")},
-        {QStringLiteral("arrowshape.turn.up.left"), QStringLiteral("mail-reply-sender")},
-        {QStringLiteral("arrowshape.turn.up.left.2"), QStringLiteral("mail-reply-all")},
-        {QStringLiteral("arrowshape.turn.up.right"), QStringLiteral("mail-forward")},
-        {QStringLiteral("archivebox"), QStringLiteral("package-x-generic")},
-        {QStringLiteral("xmark.bin"), QStringLiteral("mail-mark-junk")},
-        {QStringLiteral("flag"), QStringLiteral("mail-mark-important")},
-        {QStringLiteral("plus.rectangle"), QStringLiteral("tab-new")},
-        {QStringLiteral("arrow.uturn.backward"), QStringLiteral("edit-undo")},
-        {QStringLiteral("eye.slash"), QStringLiteral("view-conceal")},
-        {QStringLiteral("eye"), QStringLiteral("view-reveal")},
-        {QStringLiteral("arrow.clockwise"), QStringLiteral("view-refresh")},
-        {QStringLiteral("magnifyingglass"), QStringLiteral("edit-find")},
-        {QStringLiteral("bookmark"), QStringLiteral("bookmark-new")},
-        {QStringLiteral("info.circle"), QStringLiteral("dialog-information")},
-        {QStringLiteral("plus.square.on.square"), QStringLiteral("edit-copy")},
-        {QStringLiteral("trash"), QStringLiteral("user-trash")},
-        {QStringLiteral("list.bullet"), QStringLiteral("view-list")},
-        {QStringLiteral("list.bullet.indent"), QStringLiteral("format-indent-more")},
-        {QStringLiteral("rectangle.split.3x1"), QStringLiteral("view-column")},
-        {QStringLiteral("rectangle.split.2x1"), QStringLiteral("view-dual")},
-        {QStringLiteral("macwindow.badge.plus"), QStringLiteral("window-new")},
-        {QStringLiteral("xmark.rectangle"), QStringLiteral("edit-clear")},
-        {QStringLiteral("stop.circle"), QStringLiteral("process-stop")},
-        {QStringLiteral("textformat.size.larger"), QStringLiteral("zoom-in")},
-        {QStringLiteral("textformat.size.smaller"), QStringLiteral("zoom-out")},
-        {QStringLiteral("heart"), QStringLiteral("emblem-favorite")},
-        {QStringLiteral("face.smiling"), QStringLiteral("face-smile")},
-        {QStringLiteral("square.and.arrow.down"), QStringLiteral("document-save")},
-        {QStringLiteral("square.and.arrow.up"), QStringLiteral("send-to")},
-        {QStringLiteral("rotate.right"), QStringLiteral("object-rotate-right")},
-        {QStringLiteral("slider.horizontal.3"), QStringLiteral("preferences-system")},
-        {QStringLiteral("sum"), QStringLiteral("accessories-calculator")},
-        {QStringLiteral("tablecells"), QStringLiteral("x-office-spreadsheet")},
-        {QStringLiteral("doc.on.clipboard"), QStringLiteral("edit-paste")},
-        {QStringLiteral("bold"), QStringLiteral("format-text-bold")},
-        {QStringLiteral("italic"), QStringLiteral("format-text-italic")},
-        {QStringLiteral("underline"), QStringLiteral("format-text-underline")},
-        {QStringLiteral("textformat"), QStringLiteral("format-text-direction-ltr")},
-        {QStringLiteral("textformat.size"), QStringLiteral("format-text-larger")},
-        {QStringLiteral("pencil.and.outline"), QStringLiteral("document-edit")},
-        {QStringLiteral("text.bubble"), QStringLiteral("user-available")},
-        {QStringLiteral("scissors"), QStringLiteral("edit-cut")},
-        {QStringLiteral("link"), QStringLiteral("insert-link")},
-        {QStringLiteral("playpause"), QStringLiteral("media-playback-start")},
-        {QStringLiteral("backward.fill"), QStringLiteral("media-skip-backward")},
-        {QStringLiteral("forward.fill"), QStringLiteral("media-skip-forward")},
-        {QStringLiteral("speaker.wave.3"), QStringLiteral("audio-volume-high")},
-        {QStringLiteral("speaker.wave.1"), QStringLiteral("audio-volume-low")},
-        {QStringLiteral("shuffle"), QStringLiteral("media-playlist-shuffle")},
-        {QStringLiteral("repeat"), QStringLiteral("media-playlist-repeat")},
-        {QStringLiteral("waveform"), QStringLiteral("audio-x-generic")},
-        {QStringLiteral("magnet"), QStringLiteral("view-grid")},
-        {QStringLiteral("cursorarrow"), QStringLiteral("input-mouse")},
-        {QStringLiteral("mappin"), QStringLiteral("mark-location")},
-        {QStringLiteral("gearshape"), QStringLiteral("emblem-system")},
-        {QStringLiteral("star"), QStringLiteral("starred")},
-        {QStringLiteral("house"), QStringLiteral("user-home")},
-        {QStringLiteral("globe"), QStringLiteral("web-browser")},
-        {QStringLiteral("music.note"), QStringLiteral("audio-x-generic")},
-        {QStringLiteral("photo"), QStringLiteral("image-x-generic")},
-        {QStringLiteral("camera"), QStringLiteral("camera-photo")},
-        {QStringLiteral("printer"), QStringLiteral("printer")},
-        {QStringLiteral("power"), QStringLiteral("system-shutdown")},
-        {QStringLiteral("moon"), QStringLiteral("weather-clear-night")},
-        {QStringLiteral("bolt"), QStringLiteral("battery-full-charging")},
-        {QStringLiteral("keyboard"), QStringLiteral("input-keyboard")},
-        {QStringLiteral("app"), QStringLiteral("application-x-executable")},
-    };
+    static const QHash<QString, QString> names = [] {
+        QHash<QString, QString> built;
+        for (const Mapping& mapping : mappings)
+            built.insert(QString::fromUtf16(mapping.symbol), QString::fromUtf16(mapping.icon));
+        return built;
+    }();
     return names;
 }
 
@@ -123,6 +136,17 @@ bool looksLikeIconName(const QString& symbol)
 } // namespace
 
 namespace SymbolNames {
+
+const QStringList& names()
+{
+    static const QStringList list = [] {
+        QStringList built;
+        for (const Mapping& mapping : mappings)
+            built.append(QString::fromUtf16(mapping.symbol));
+        return built;
+    }();
+    return list;
+}
 
 QStringList iconNames(const QString& symbol)
 {

@@ -8,5 +8,7 @@
 namespace SymbolNames {
 
 QStringList iconNames(const QString& symbol);
+/// The symbol names the program maps, related ones next to each other.
+const QStringList& names();
 
 } // namespace SymbolNames

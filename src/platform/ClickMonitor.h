@@ -18,4 +18,6 @@ public:
     virtual void stop() = 0;
     /// The mouse buttons held down right now, as Qt::MouseButtons bits.
     virtual int pressedButtons() = 0;
+    /// Whether presses can be noticed at all in this session.
+    virtual bool isAvailable() = 0;
 };

@@ -4,6 +4,13 @@
 #include <QStringList>
 #include <QUrl>
 
+/// An application the desktop's menus offer.
+struct InstalledApplication
+{
+    QString name;
+    QString id; ///< the desktop-entry id without ".desktop"
+};
+
 /// Starting programs and opening documents. Nothing here waits for a child or reports a failure:
 /// a button that cannot start its program simply does nothing.
 class Launcher
@@ -23,4 +30,6 @@ public:
     /// Starts the application that `name` resolves to (a desktop-entry path, id or name, a well-known
     /// application role, or a program on PATH), with files to open, if any; false when none was found.
     virtual bool launchApplication(const QString& name, const QStringList& files) = 0;
+    /// The applications shown in the desktop's menus, by name.
+    virtual QList<InstalledApplication> installedApplications() = 0;
 };

@@ -81,6 +81,7 @@ private:
     QString loginShell() override { return shell; }
     void open(const QUrl& url) override;
     bool launchApplication(const QString& name, const QStringList& files) override;
+    QList<InstalledApplication> installedApplications() override { return {}; }
     QString desktopFolder() override { return desktop; }
     void reveal(const QString& path) override;
     void beep() override;
@@ -97,6 +98,7 @@ private:
     void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
     void stop() override { clickCallback = nullptr; }
     int pressedButtons() override { return buttons; }
+    bool isAvailable() override { return true; }
     std::optional<ContextApp> current() override { return front; }
     void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
     bool grab(const KeyCombo& combo) override;

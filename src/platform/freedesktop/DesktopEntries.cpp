@@ -215,6 +215,21 @@ bool launch(const QString& name, const QStringList& files)
     return false;
 }
 
+QList<InstalledApplication> installed()
+{
+    const ObjectList all(g_app_info_get_all());
+    QList<InstalledApplication> list;
+    for (GList* node = all.get(); node; node = node->next) {
+        GAppInfo* app = G_APP_INFO(node->data);
+        if (g_app_info_should_show(app))
+            list.append({utf8(g_app_info_get_name(app)), withoutDesktopSuffix(utf8(g_app_info_get_id(app)))});
+    }
+    std::sort(list.begin(), list.end(), [](const InstalledApplication& a, const InstalledApplication& b) {
+        return a.name.compare(b.name, Qt::CaseInsensitive) < 0;
+    });
+    return list;
+}
+
 bool openWithDefault(const QString& uri)
 {
     GError* error = nullptr;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Launcher.h"
+
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -26,6 +28,9 @@ struct WindowApplication
 /// the window's executable.
 std::optional<WindowApplication> entryForWindow(const QString& namedId, const QString& instance,
                                                 const QString& windowClass, const QString& executable);
+
+/// The entries the desktop's menus show, sorted by name.
+QList<InstalledApplication> installed();
 
 /// Opens a URL (a file's too) with the user's default application for it.
 bool openWithDefault(const QString& uri);

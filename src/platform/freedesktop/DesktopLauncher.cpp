@@ -42,3 +42,8 @@ bool DesktopLauncher::launchApplication(const QString& name, const QStringList& 
 {
     return DesktopEntries::launch(name, files);
 }
+
+QList<InstalledApplication> DesktopLauncher::installedApplications()
+{
+    return DesktopEntries::installed();
+}

@@ -10,4 +10,5 @@ public:
     QString loginShell() override;
     void open(const QUrl& url) override;
     bool launchApplication(const QString& name, const QStringList& files) override;
+    QList<InstalledApplication> installedApplications() override;
 };

@@ -20,6 +20,7 @@ public:
     void start(std::function<void(QPoint)> pressed) override;
     void stop() override;
     int pressedButtons() override;
+    bool isAvailable() override { return connect(); }
 
 private:
     bool connect();

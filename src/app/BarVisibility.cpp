@@ -1,0 +1,116 @@
+#include "BarVisibility.h"
+
+#include "app/Preferences.h"
+#include "bar/BarPanel.h"
+#include "bar/FlyoutController.h"
+#include "platform/Platform.h"
+
+#include <QCursor>
+#include <QVariantAnimation>
+
+BarVisibility::BarVisibility(Platform& platform, Preferences& preferences, QObject* parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_preferences(preferences)
+{
+    m_timer.setInterval(Visibility::tickMs);
+    connect(&m_timer, &QTimer::timeout, this, &BarVisibility::tick);
+}
+
+void BarVisibility::attach(BarPanel* bar, FlyoutController* flyouts, std::function<bool()> editorOpen)
+{
+    m_bar = bar;
+    m_flyouts = flyouts;
+    m_editorOpen = std::move(editorOpen);
+}
+
+void BarVisibility::start()
+{
+    m_timer.start();
+}
+
+void BarVisibility::tick()
+{
+    if (!m_bar)
+        return;
+    Visibility::Sample sample;
+    sample.autoHide = m_preferences.autoHide();
+    sample.pointer = QCursor::pos();
+    sample.bar = m_bar->frameGeometry();
+    if (BarPanel* flyout = m_flyouts ? m_flyouts->panel() : nullptr)
+        sample.flyout = flyout->frameGeometry();
+    sample.editorOpen = m_editorOpen && m_editorOpen();
+    // Only worth a round trip to the server when the answer can matter.
+    if (sample.autoHide && m_state.isShown())
+        sample.buttonPressed = m_platform.clickMonitor().pressedButtons() != 0;
+    switch (m_state.tick(sample)) {
+    case Visibility::Action::Hide:
+        hide(false);
+        break;
+    case Visibility::Action::Show:
+        show();
+        break;
+    case Visibility::Action::None:
+        break;
+    }
+}
+
+void BarVisibility::fadeTo(double opacity, int milliseconds, std::function<void()> done)
+{
+    delete m_fade; // a fade in progress stops where it is, and the new one starts from there
+    m_fade = new QVariantAnimation(this);
+    m_fade->setStartValue(m_opacity);
+    m_fade->setEndValue(opacity);
+    m_fade->setDuration(milliseconds);
+    connect(m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        m_opacity = value.toDouble();
+        if (m_bar)
+            m_platform.panelWindows().setOpacity(m_bar->winId(), m_opacity);
+    });
+    connect(m_fade, &QVariantAnimation::finished, this, std::move(done));
+    m_fade->start();
+}
+
+void BarVisibility::hide(bool manual)
+{
+    if (!m_bar)
+        return;
+    if (m_flyouts)
+        m_flyouts->closeFlyout();
+    m_state.hidden(manual);
+    fadeTo(0.0, Visibility::fadeOutMs, [this] {
+        // A show may have come in during the fade; then the bar stays as it is now.
+        if (m_state.isShown() || !m_bar)
+            return;
+        m_platform.panelWindows().setClickThrough(m_bar->winId(), true);
+        if (!m_platform.panelWindows().isCompositing())
+            m_bar->setShapeHidden(true); // opacity means nothing without a compositor
+    });
+}
+
+void BarVisibility::show()
+{
+    if (!m_bar)
+        return;
+    m_state.shown();
+    m_bar->setShapeHidden(false);
+    m_platform.panelWindows().setClickThrough(m_bar->winId(), false);
+    m_bar->raise();
+    fadeTo(1.0, Visibility::fadeInMs, [] {});
+}
+
+void BarVisibility::toggleBar()
+{
+    if (m_state.isShown())
+        hide(true);
+    else
+        show();
+}
+
+void BarVisibility::toggleAutoHide()
+{
+    const bool on = !m_preferences.autoHide();
+    m_preferences.setAutoHide(on);
+    if (m_state.autoHideToggled(on) == Visibility::Action::Show)
+        show();
+}

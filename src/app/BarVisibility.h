@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/Visibility.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+
+class BarPanel;
+class FlyoutController;
+class Platform;
+class Preferences;
+class QVariantAnimation;
+
+/// Carries out the visibility rules on the bar window: the tick, the fades, and click-through once
+/// hidden. A hidden bar stays mapped at its place, so that the pointer can find it again.
+class BarVisibility : public QObject
+{
+    Q_OBJECT
+
+public:
+    BarVisibility(Platform& platform, Preferences& preferences, QObject* parent = nullptr);
+
+    /// The bar to fade, the flyouts to close with it, and whether an editor is open (it keeps the bar).
+    void attach(BarPanel* bar, FlyoutController* flyouts, std::function<bool()> editorOpen);
+    /// Starts the tick.
+    void start();
+
+    bool isShown() const { return m_state.isShown(); }
+    void hide(bool manual);
+    void show();
+    /// The hot key and the menu's "Hide bar"/"Show bar".
+    void toggleBar();
+    void toggleAutoHide();
+
+private:
+    void tick();
+    void fadeTo(double opacity, int milliseconds, std::function<void()> done);
+
+    Platform& m_platform;
+    Preferences& m_preferences;
+    QPointer<BarPanel> m_bar;
+    FlyoutController* m_flyouts = nullptr;
+    std::function<bool()> m_editorOpen;
+    Visibility m_state;
+    QTimer m_timer;
+    QVariantAnimation* m_fade = nullptr;
+    double m_opacity = 1.0;
+};
