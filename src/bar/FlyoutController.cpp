@@ -6,6 +6,16 @@
 #include "bar/Geometry.h"
 #include "platform/Platform.h"
 
+#include <QGuiApplication>
+#include <QTimer>
+
+namespace {
+
+/// Long enough for our own windows to have seen a press that the desktop-wide notice reported.
+constexpr int pressSettleMs = 50;
+
+} // namespace
+
 FlyoutController::FlyoutController(Platform& platform, const BarHandlers& handlers, const DragState& drag,
                                    QObject* parent)
     : QObject(parent)
@@ -70,9 +80,17 @@ void FlyoutController::closeFlyout()
 void FlyoutController::pressedAt(const QPoint& position)
 {
     // Presses on the bar and the flyout are theirs to handle; only the rest of the desktop closes it.
-    if (m_bar && m_bar->frameGeometry().contains(position))
+    const auto ours = [this](const QPoint& at) {
+        return (m_bar && m_bar->frameGeometry().contains(at)) ||
+               (m_flyout && m_flyout->frameGeometry().contains(at));
+    };
+    if (ours(position))
         return;
-    if (m_flyout && m_flyout->frameGeometry().contains(position))
-        return;
-    closeFlyout();
+    // The position is read when the notice arrives, not when the press happened: a quick drag out of
+    // the flyout can already be between the flyout and the bar. A button still held in one of our
+    // windows a moment later means the press was ours after all.
+    QTimer::singleShot(pressSettleMs, this, [this] {
+        if (m_flyout && QGuiApplication::mouseButtons() == Qt::NoButton)
+            closeFlyout();
+    });
 }
