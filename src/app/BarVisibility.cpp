@@ -35,6 +35,9 @@ void BarVisibility::tick()
         return;
     Visibility::Sample sample;
     sample.autoHide = m_preferences.autoHide();
+    // The common case, a bar that stays: no need to ask the server where the pointer is.
+    if (!sample.autoHide && m_state.isShown())
+        return;
     sample.pointer = QCursor::pos();
     sample.bar = m_bar->frameGeometry();
     if (BarPanel* flyout = m_flyouts ? m_flyouts->panel() : nullptr)
