@@ -30,23 +30,7 @@ QList<Item> populate(const State& state)
     items << Item{} << action(QStringLiteral("Lock all"), Command::LockAll)
           << action(QStringLiteral("Unlock all"), Command::UnlockAll);
 
-    QList<Item> add;
-    for (const QString& name : state.presetNames)
-        add << action(name, Command::AddPreset, name);
-    items << Item::menu(QStringLiteral("Add app preset"), add);
-    if (!state.appliedPresets.isEmpty()) {
-        QList<Item> remove;
-        for (const QString& name : state.appliedPresets)
-            remove << action(name, Command::RemovePreset, name);
-        items << Item::menu(QStringLiteral("Remove app preset"), remove);
-    }
-    QList<Item> restore;
-    for (const BackupInfo& backup : state.backups)
-        restore << action(backup.label, Command::Restore, backup.id);
-    items << Item::menu(QStringLiteral("Backups"),
-                        {action(QStringLiteral("Back up now"), Command::BackupNow),
-                         action(QStringLiteral("Show backups folder"), Command::ShowBackups),
-                         Item::menu(QStringLiteral("Restore"), restore)});
+    items << presetAndBackupItems<Command>(state.presetNames, state.appliedPresets, state.backups);
     if (state.canUndo)
         items << action(QStringLiteral("Undo last change"), Command::Undo);
 
