@@ -208,6 +208,13 @@ void TestActions::pasteRestoresThePlainTextLater()
     QCOMPARE(platform.calls.last(), QStringLiteral("clipboard clear"));
     QVERIFY(!platform.clipboardText);
 
+    // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
+    platform.calls.clear();
+    actions.keys().setPasteKeys(QStringLiteral("ctrl+shift+v"));
+    actions.run(button(QStringLiteral("paste"), QStringLiteral("ls")));
+    QCOMPARE(platform.calls.last(), QStringLiteral("post key=9 flags=393216"));
+    actions.keys().setPasteKeys(QStringLiteral("ctrl+v"));
+
     // Two pastes within the delay: the second saves the first's text and restores it last.
     platform.clipboardText = QStringLiteral("original");
     actions.keys().paste(QStringLiteral("one"));

@@ -3,6 +3,7 @@
 // stays with keyprobe throughout.
 
 #include "TestSupport.h"
+#include "X11Windows.h"
 #include "actions/Keys.h"
 #include "platform/Platform.h"
 
@@ -164,12 +165,7 @@ void TestX11Input::initTestCase()
     QVERIFY2(m_probe.waitForStarted(10000), qPrintable(m_probe.errorString()));
 
     // Keys pressed before openbox has given keyprobe the focus would go to the root window and be lost.
-    const auto activeWindowName = [] {
-        const Output name = run(QStringLiteral("xdotool"),
-                                {QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")});
-        return QString::fromUtf8(name.out).trimmed();
-    };
-    QTRY_COMPARE_WITH_TIMEOUT(activeWindowName(), QStringLiteral("keyprobe"), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(windowName(activeWindow()), std::optional(QStringLiteral("keyprobe")), 20000);
 
     m_platform = createDesktopPlatform();
     m_keys = std::make_unique<Keys>(m_platform->input(), m_platform->clipboard(), m_platform->beeper(),

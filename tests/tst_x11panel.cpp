@@ -2,6 +2,7 @@
 // (openbox), checked from the outside with xprop and driven with xdotool like a user would.
 // Runs inside tests/x11/with-x-session.sh.
 
+#include "X11Windows.h"
 #include "platform/Platform.h"
 #include "platform/x11/WorkArea.h"
 
@@ -14,43 +15,6 @@
 #include <functional>
 
 namespace {
-
-QString output(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    if (!process.waitForFinished(10000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
-QString windowProperty(quintptr window, const QString& name)
-{
-    return output(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(window), name});
-}
-
-/// The window openbox calls active, 0 for None.
-quintptr activeWindow()
-{
-    const QString line =
-        output(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_ACTIVE_WINDOW")});
-    const auto match = QRegularExpression(QStringLiteral("window id # (0x[0-9a-f]+)")).match(line);
-    return match.hasMatch() ? match.captured(1).toULongLong(nullptr, 16) : 0;
-}
-
-bool xdotool(const QStringList& arguments)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
-}
-
-bool clickAt(const QPoint& global, int button = 1)
-{
-    // No --sync: it waits for a motion that never comes when the pointer is already there (15 s each).
-    // The warp and the press travel on one connection, so the server still sees them in order.
-    return xdotool({QStringLiteral("mousemove"), QString::number(global.x()), QString::number(global.y()),
-                    QStringLiteral("click"), QString::number(button)});
-}
 
 /// Clicks until `arrived` holds. openbox copies a client's input shape onto its frame only when it
 /// handles the ShapeNotify, so a click sent at once may still meet the frame's old shape.
