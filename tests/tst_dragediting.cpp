@@ -1,3 +1,4 @@
+#include "actions/Paths.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/DropTarget.h"
 
@@ -278,9 +279,9 @@ void TestDragEditing::droppedFilesAndLinksBecomeButtons()
     const ButtonSpec document = DragEditing::specForFile(dir.filePath(QStringLiteral("3")), cfg);
     QCOMPARE(document.title, QStringLiteral("3 2")); // titles stay unique
     QCOMPARE(document.action, QStringLiteral("open"));
-    QCOMPARE(DragEditing::abbreviateHome(QDir::homePath() + QStringLiteral("/Downloads")),
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("/Downloads")),
              QStringLiteral("~/Downloads"));
-    QCOMPARE(DragEditing::abbreviateHome(QDir::homePath() + QStringLiteral("x/y")),
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("x/y")),
              QDir::homePath() + QStringLiteral("x/y"));
 
     const QUrl link(QStringLiteral("https://www.example.org/page?q=1"));

@@ -26,6 +26,16 @@ QString expandTilde(const QString& path)
     return slash < 0 ? home : home + path.mid(slash);
 }
 
+QString abbreviateHome(const QString& path)
+{
+    const QString home = QDir::homePath();
+    if (path == home)
+        return QStringLiteral("~");
+    if (path.startsWith(home + QLatin1Char('/')))
+        return QLatin1Char('~') + path.mid(home.size());
+    return path;
+}
+
 std::optional<QString> makeUntitledFolder(const QString& parent)
 {
     const QDir folder(parent);

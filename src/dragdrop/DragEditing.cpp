@@ -1,5 +1,6 @@
 #include "DragEditing.h"
 
+#include "actions/Paths.h"
 #include "dragdrop/Editing.h"
 
 #include <QDir>
@@ -62,16 +63,6 @@ void appendToStack(ButtonSpec& stack, ButtonSpec member)
 
 namespace DragEditing {
 
-QString abbreviateHome(const QString& path)
-{
-    const QString home = QDir::homePath();
-    if (path == home)
-        return QStringLiteral("~");
-    if (path.startsWith(home + QLatin1Char('/')))
-        return QLatin1Char('~') + path.mid(home.size());
-    return path;
-}
-
 std::optional<QString> stackColour(const ButtonSpec& stack)
 {
     if (stack.color)
@@ -126,7 +117,7 @@ Outcome dropChip(BarConfig& cfg, const ButtonSpec& dragged, const DropTarget& ta
 ButtonSpec specForFile(const QString& path, const BarConfig& cfg)
 {
     const QFileInfo info(path);
-    const QString shown = abbreviateHome(path);
+    const QString shown = Paths::abbreviateHome(path);
     const bool desktopEntry = info.suffix() == QLatin1String("desktop") && info.isFile();
     if (desktopEntry || info.suffix() == QLatin1String("app")) {
         QString title = desktopEntry ? desktopEntryName(path) : QString();

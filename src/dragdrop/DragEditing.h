@@ -38,7 +38,4 @@ ButtonSpec specForLink(const QUrl& url, const BarConfig& cfg);
 /// reverse order) or at the end of a stack (in order, in the stack's colour).
 void dropItems(BarConfig& cfg, const QList<QUrl>& urls, const DropTarget& target);
 
-/// "~" for the home folder at the start of a path.
-QString abbreviateHome(const QString& path);
-
 } // namespace DragEditing

@@ -44,17 +44,6 @@ QString startFolder(const QString& current)
     return info.isDir() ? info.filePath() : info.path();
 }
 
-/// A path under the home folder as "~/…", which is shorter and how the configuration writes it.
-QString homeAbbreviated(const QString& path)
-{
-    const QString home = QDir::homePath();
-    if (path == home)
-        return QStringLiteral("~");
-    if (path.startsWith(home + QLatin1Char('/')))
-        return QLatin1Char('~') + path.mid(home.size());
-    return path;
-}
-
 } // namespace
 
 ArgumentPages::ArgumentPages(const EditorServices& services, QWidget* parent)
@@ -231,7 +220,8 @@ ArgumentPages::Page ArgumentPages::scriptPage(const EditorServices& services)
     combo->lineEdit()->setPlaceholderText(tr("Script name"));
     column->addWidget(combo);
     auto* note = noteLabel(
-        tr("Scripts are the executable files in %1").arg(homeAbbreviated(services.shortcutsFolder)), widget);
+        tr("Scripts are the executable files in %1").arg(Paths::abbreviateHome(services.shortcutsFolder)),
+        widget);
     note->setTextInteractionFlags(Qt::TextSelectableByMouse);
     column->addWidget(note);
     connect(combo, &QComboBox::editTextChanged, this, &ArgumentPages::changed);
