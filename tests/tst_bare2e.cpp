@@ -49,6 +49,7 @@ private Q_SLOTS:
     void stackOpensAboveItsChipAndCloses();
     void openAtStartUpNeedsNoClick();
     void movedBarComesBackWhereItWasLeft();
+    void gripDragMovesBarAndTurnsFlyoutsDown();
     void folderListingNavigatesDownAndUp();
     void firstLaunchWritesDefaultsAndOneBackup();
     void presetsRestoreAndRemoveAtStartUp();
@@ -239,6 +240,33 @@ void TestBarEndToEnd::movedBarComesBackWhereItWasLeft()
                             .arg(describe(frameOf(*again)))
                             .arg(moved.x())
                             .arg(moved.y())));
+}
+
+void TestBarEndToEnd::gripDragMovesBarAndTurnsFlyoutsDown()
+{
+    RunningBar vantril(*m_home);
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    const BarLayout layout = layoutOf(Config::defaults());
+    QVERIFY(vantril.waitForWidth(layout.width));
+    const QRect start = vantril.frame();
+
+    // Up into the top half of the screen by the grip: the window follows the pointer.
+    const QPoint grip = gripOf(start);
+    const QPoint offset(-100, -600);
+    QVERIFY(dragBetween(grip, grip + offset, 20));
+    QVERIFY2(waitFor([&] { return frameOf(vantril.bar()).topLeft() == start.topLeft() + offset; }),
+             qPrintable(describe(frameOf(vantril.bar()))));
+    QVERIFY2(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }),
+             "the dragged place was never saved");
+
+    // Rebuilt for the upper half: the stack now opens below the bar.
+    const QRect moved = frameOf(vantril.bar());
+    QVERIFY(clickAt(moved.topLeft() + layout.chips.value(QStringLiteral("Files")).center().toPoint()));
+    std::optional<quintptr> flyout;
+    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }), "no flyout appeared");
+    QVERIFY2(
+        waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
+        qPrintable(QStringLiteral("flyout %1, bar %2").arg(describe(frameOf(*flyout)), describe(moved))));
 }
 
 void TestBarEndToEnd::folderListingNavigatesDownAndUp()

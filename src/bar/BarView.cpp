@@ -46,6 +46,8 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
     row->setSpacing(8);
     setFixedHeight(barHeight);
     setAcceptDrops(true);
+    // The grip outlives rebuilds: crossing the middle of the screen rebuilds the bar while it is dragged.
+    row->addWidget(new GripView(this), 0, Qt::AlignVCenter);
     connect(&m_drag, &DragState::changed, this, &BarView::dragChanged);
 }
 
@@ -78,9 +80,6 @@ void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextB
     m_chips.clear();
 
     auto* row = static_cast<QHBoxLayout*>(layout());
-    auto* grip = new GripView(this);
-    row->addWidget(grip, 0, Qt::AlignVCenter);
-    m_parts.append(grip);
     for (const ButtonSpec& spec : config.buttons) {
         ChipLabel* chip = makeChip(spec, expandsUp);
         row->addWidget(chip, 0, Qt::AlignVCenter);

@@ -43,8 +43,11 @@ void GripView::mouseMoveEvent(QMouseEvent* event)
         window()->move(event->globalPosition().toPoint() - *m_grabOffset);
 }
 
-void GripView::mouseReleaseEvent(QMouseEvent*)
+void GripView::mouseReleaseEvent(QMouseEvent* event)
 {
+    // The last motion before the release may have been folded away; the bar ends where it was let go.
+    if (m_grabOffset && event->button() == Qt::LeftButton)
+        window()->move(event->globalPosition().toPoint() - *m_grabOffset);
     m_grabOffset.reset();
     setCursor(Qt::OpenHandCursor);
 }
