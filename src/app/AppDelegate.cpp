@@ -33,6 +33,25 @@ namespace {
 /// Delay between the last move of the bar and the saving of its place.
 constexpr int savePositionDelayMs = 500;
 
+/// The button VANTRIL_SHOW_EDITOR names: top-level buttons first, then stack members; the
+/// applications' sets are not searched.
+std::optional<ButtonSpec> shownInEditor(const BarConfig& cfg, const QString& id)
+{
+    if (id.isEmpty())
+        return std::nullopt;
+    for (const ButtonSpec& top : cfg.buttons) {
+        if (top.title == id)
+            return top;
+    }
+    for (const ButtonSpec& top : cfg.buttons) {
+        for (const ButtonSpec& member : top.children.value_or(QList<ButtonSpec>())) {
+            if (member.title == id)
+                return member;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed)
@@ -79,22 +98,9 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     watchScreens();
 
     StartupCommands::applyConfigCommands(*m_document, environment);
-    if (const auto id = environment.value(QStringLiteral("VANTRIL_SHOW_EDITOR")); !id.isEmpty()) {
-        // Top-level buttons first, then stack members: the application sets are not searched here.
-        std::optional<ButtonSpec> found;
-        for (const ButtonSpec& top : m_document->cfg().buttons) {
-            if (top.title == id && !found)
-                found = top;
-        }
-        for (const ButtonSpec& top : m_document->cfg().buttons) {
-            for (const ButtonSpec& member : top.children.value_or(QList<ButtonSpec>())) {
-                if (member.title == id && !found)
-                    found = member;
-            }
-        }
-        if (found)
-            QTimer::singleShot(1000, this, [this, found] { openEditor(found, std::nullopt, false); });
-    }
+    if (const auto found =
+            shownInEditor(m_document->cfg(), environment.value(QStringLiteral("VANTRIL_SHOW_EDITOR"))))
+        QTimer::singleShot(1000, this, [this, found] { openEditor(found, std::nullopt, false); });
     if (environment.contains(QStringLiteral("VANTRIL_CHECK_UPDATES")) && m_updater)
         QTimer::singleShot(1500, this, &AppDelegate::checkForUpdates);
 
