@@ -10,12 +10,9 @@ class TestPresetTable : public QObject
 
 private Q_SLOTS:
     void presetsInMenuOrder();
-    void sampleButtons_data();
-    void sampleButtons();
     void everyButtonIsAPlainKeysButton();
     void everyArgumentParses();
     void titlesAreUniqueAcrossTheTable();
-    void noPresetRepeatsAShortcut();
 };
 
 void TestPresetTable::presetsInMenuOrder()
@@ -47,63 +44,6 @@ void TestPresetTable::presetsInMenuOrder()
         QCOMPARE(presets[i].bundleID, expected[i].bundleID);
         QCOMPARE(presets[i].buttons.size(), expected[i].buttons);
     }
-}
-
-void TestPresetTable::sampleButtons_data()
-{
-    QTest::addColumn<QString>("preset");
-    QTest::addColumn<int>("position");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("symbol");
-    QTest::addColumn<QString>("keys");
-
-    // First and last of each end of the table, plus the ones that lean on unusual key names.
-    QTest::newRow("first of all") << QStringLiteral("Mail") << 0 << QStringLiteral("New Message")
-                                  << QStringLiteral("square.and.pencil") << QStringLiteral("cmd+n");
-    QTest::newRow("two modifiers") << QStringLiteral("Mail") << 5 << QStringLiteral("Archive")
-                                   << QStringLiteral("archivebox") << QStringLiteral("ctrl+cmd+a");
-    QTest::newRow("bracket") << QStringLiteral("Safari") << 4 << QStringLiteral("Go Back")
-                             << QStringLiteral("chevron.backward") << QStringLiteral("cmd+[");
-    QTest::newRow("delete") << QStringLiteral("Finder") << 3 << QStringLiteral("Move to Bin")
-                            << QStringLiteral("trash") << QStringLiteral("cmd+delete");
-    QTest::newRow("period") << QStringLiteral("Finder") << 8 << QStringLiteral("Hidden Files")
-                            << QStringLiteral("eye.slash") << QStringLiteral("shift+cmd+.");
-    QTest::newRow("minus") << QStringLiteral("Terminal") << 6 << QStringLiteral("Smaller")
-                           << QStringLiteral("textformat.size.smaller") << QStringLiteral("cmd+-");
-    QTest::newRow("space with modifiers")
-        << QStringLiteral("Messages") << 5 << QStringLiteral("Emoji") << QStringLiteral("face.smiling")
-        << QStringLiteral("ctrl+cmd+space");
-    QTest::newRow("bare return") << QStringLiteral("Photos") << 4 << QStringLiteral("Edit Photo")
-                                 << QStringLiteral("slider.horizontal.3") << QStringLiteral("return");
-    QTest::newRow("option") << QStringLiteral("Word") << 3 << QStringLiteral("Heading 1")
-                            << QStringLiteral("textformat.size") << QStringLiteral("opt+cmd+1");
-    QTest::newRow("bare letter") << QStringLiteral("Final Cut Pro") << 1 << QStringLiteral("Blade Tool")
-                                 << QStringLiteral("scissors") << QStringLiteral("b");
-    QTest::newRow("last of all") << QStringLiteral("Music") << 7 << QStringLiteral("Up Next")
-                                 << QStringLiteral("list.bullet.indent") << QStringLiteral("opt+cmd+u");
-}
-
-void TestPresetTable::sampleButtons()
-{
-    QFETCH(QString, preset);
-    QFETCH(int, position);
-    QFETCH(QString, title);
-    QFETCH(QString, symbol);
-    QFETCH(QString, keys);
-
-    const AppPreset* found = nullptr;
-    for (const AppPreset& candidate : Presets::all()) {
-        if (candidate.name == preset) {
-            found = &candidate;
-            break;
-        }
-    }
-    QVERIFY(found);
-    QVERIFY(position < found->buttons.size());
-    const ButtonSpec& button = found->buttons.at(position);
-    QCOMPARE(button.title, title);
-    QCOMPARE(button.symbol, symbol);
-    QCOMPARE(button.argument.value_or(QString()), keys);
 }
 
 void TestPresetTable::everyButtonIsAPlainKeysButton()
@@ -149,22 +89,6 @@ void TestPresetTable::titlesAreUniqueAcrossTheTable()
         }
     }
     QCOMPARE(seen.size(), 84);
-}
-
-void TestPresetTable::noPresetRepeatsAShortcut()
-{
-    // Two buttons of one preset sending the same keys would make one of them pointless, and merging
-    // skips buttons whose action and argument are already present, so the second would never arrive.
-    for (const AppPreset& preset : Presets::all()) {
-        QList<KeyCombo> combos;
-        for (const ButtonSpec& button : preset.buttons) {
-            const auto combo = KeyCombo::parse(button.argument.value_or(QString()));
-            QVERIFY(combo);
-            const QByteArray where = (preset.name + QLatin1String(" / ") + button.title).toUtf8();
-            QVERIFY2(!combos.contains(*combo), where.constData());
-            combos.append(*combo);
-        }
-    }
 }
 
 QTEST_APPLESS_MAIN(TestPresetTable)

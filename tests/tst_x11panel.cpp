@@ -49,8 +49,6 @@ class TestX11Panel : public QObject
 private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
-    void dockProperties();
-    void clickLeavesFocusAlone();
     void clickThrough();
     void wmHintsWithoutQtsHelp();
     void screens();
@@ -98,32 +96,6 @@ void TestX11Panel::cleanupTestCase()
     m_platform->clickMonitor().stop();
     m_bar.reset();
     m_below.reset();
-}
-
-void TestX11Panel::dockProperties()
-{
-    const quintptr bar = m_bar->winId();
-    QCOMPARE(windowProperty(bar, QStringLiteral("_NET_WM_WINDOW_TYPE")).trimmed(),
-             QStringLiteral("_NET_WM_WINDOW_TYPE(ATOM) = _NET_WM_WINDOW_TYPE_DOCK"));
-    const QString state = windowProperty(bar, QStringLiteral("_NET_WM_STATE"));
-    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(state));
-    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_SKIP_TASKBAR")), qPrintable(state));
-    QVERIFY2(state.contains(QStringLiteral("_NET_WM_STATE_SKIP_PAGER")), qPrintable(state));
-    QCOMPARE(windowProperty(bar, QStringLiteral("_NET_WM_DESKTOP")).trimmed(),
-             QStringLiteral("_NET_WM_DESKTOP(CARDINAL) = 4294967295"));
-    const QString hints = windowProperty(bar, QStringLiteral("WM_HINTS"));
-    QVERIFY2(hints.contains(QStringLiteral("accepts input or input focus: False")), qPrintable(hints));
-}
-
-void TestX11Panel::clickLeavesFocusAlone()
-{
-    const quintptr before = activeWindow();
-    QCOMPARE(before, m_below->winId());
-    const int barPresses = m_bar->presses;
-    QVERIFY(clickAt(m_bar->geometry().center()));
-    QTRY_COMPARE(m_bar->presses, barPresses + 1);
-    QTest::qWait(200);
-    QCOMPARE(activeWindow(), before);
 }
 
 void TestX11Panel::clickThrough()
