@@ -115,18 +115,6 @@ QCollator naturalCollator()
     return collator;
 }
 
-ButtonSpec row(const QString& title, const QString& symbol, const QString& action, const QString& argument,
-               std::optional<QString> iconPath = std::nullopt)
-{
-    ButtonSpec button;
-    button.title = title;
-    button.symbol = symbol;
-    button.action = action;
-    button.argument = argument;
-    button.iconPath = std::move(iconPath);
-    return button;
-}
-
 } // namespace
 
 QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
@@ -135,20 +123,20 @@ QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
     const QString top = root ? cleaned(*root) : folder;
 
     QList<ButtonSpec> rows;
-    rows.append(row(QStringLiteral("Open in File Manager"), QStringLiteral("arrow.up.forward.app"),
-                    QStringLiteral("open"), folder));
+    rows.append(ButtonSpec::make(QStringLiteral("Open in File Manager"),
+                                 QStringLiteral("arrow.up.forward.app"), QStringLiteral("open"), folder));
 
     if (folder != top) {
         if (const std::optional<QString> parent = parentOf(folder)) {
-            rows.append(row(QStringLiteral("\u2039 ") + elided(displayName(*parent)),
-                            QStringLiteral("arrow.up"), QStringLiteral("navigate"), *parent));
+            rows.append(ButtonSpec::make(QStringLiteral("\u2039 ") + elided(displayName(*parent)),
+                                         QStringLiteral("arrow.up"), QStringLiteral("navigate"), *parent));
         }
     }
 
     std::vector<Entry> entries = readEntries(folder);
     if (entries.empty()) {
-        rows.append(
-            row(QStringLiteral("(empty)"), QStringLiteral("tray"), QStringLiteral("navigate"), folder));
+        rows.append(ButtonSpec::make(QStringLiteral("(empty)"), QStringLiteral("tray"),
+                                     QStringLiteral("navigate"), folder));
         return rows;
     }
 
@@ -168,16 +156,17 @@ QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
         const Entry& entry = entries[i];
         const QString full = childPath(folder, entry.name);
         if (entry.isFolder)
-            rows.append(
-                row(elided(entry.name), QStringLiteral("folder"), QStringLiteral("folder"), full, full));
+            rows.append(ButtonSpec::make(elided(entry.name), QStringLiteral("folder"),
+                                         QStringLiteral("folder"), full, full));
         else
-            rows.append(row(elided(entry.name), QStringLiteral("doc"), QStringLiteral("open"), full, full));
+            rows.append(ButtonSpec::make(elided(entry.name), QStringLiteral("doc"), QStringLiteral("open"),
+                                         full, full));
     }
 
     if (entries.size() > shown) {
         const auto more = static_cast<qulonglong>(entries.size() - shown);
-        rows.append(row(QStringLiteral("\u2026 %1 more").arg(more), QStringLiteral("ellipsis"),
-                        QStringLiteral("open"), folder));
+        rows.append(ButtonSpec::make(QStringLiteral("\u2026 %1 more").arg(more), QStringLiteral("ellipsis"),
+                                     QStringLiteral("open"), folder));
     }
     return rows;
 }

@@ -2,6 +2,18 @@
 
 #include <algorithm>
 
+ButtonSpec ButtonSpec::make(QString title, QString symbol, QString action, std::optional<QString> argument,
+                            std::optional<QString> iconPath)
+{
+    ButtonSpec spec;
+    spec.title = std::move(title);
+    spec.symbol = std::move(symbol);
+    spec.action = std::move(action);
+    spec.argument = std::move(argument);
+    spec.iconPath = std::move(iconPath);
+    return spec;
+}
+
 QString ButtonSpec::defaultColor(const QString& action)
 {
     if (action == QLatin1String("app"))

@@ -28,6 +28,10 @@ struct ButtonSpec
     std::optional<bool> locked;
     std::optional<QList<ButtonSpec>> children;
 
+    /// A button with the given fields and every other one absent.
+    static ButtonSpec make(QString title, QString symbol, QString action,
+                           std::optional<QString> argument = {}, std::optional<QString> iconPath = {});
+
     const QString& id() const { return title; }
     bool isLocked() const { return locked.value_or(false); }
     bool isGroup() const { return action == QLatin1String("group"); }

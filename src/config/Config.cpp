@@ -17,12 +17,8 @@ const auto helpUrl = QStringLiteral("https://github.com/vantril/vantril#readme")
 ButtonSpec button(const char* title, const char* symbol, const char* action,
                   std::optional<QString> argument = {})
 {
-    ButtonSpec spec;
-    spec.title = QString::fromUtf8(title);
-    spec.symbol = QString::fromUtf8(symbol);
-    spec.action = QString::fromUtf8(action);
-    spec.argument = std::move(argument);
-    return spec;
+    return ButtonSpec::make(QString::fromUtf8(title), QString::fromUtf8(symbol), QString::fromUtf8(action),
+                            std::move(argument));
 }
 
 BarConfig makeDefaults()

@@ -6,12 +6,8 @@ namespace {
 // keys button the user made by hand, and so that merging can recognise them by action and argument alone.
 ButtonSpec keysButton(const char16_t* title, const char16_t* symbol, const char16_t* keys)
 {
-    ButtonSpec button;
-    button.title = QString::fromUtf16(title);
-    button.symbol = QString::fromUtf16(symbol);
-    button.action = QStringLiteral("keys");
-    button.argument = QString::fromUtf16(keys);
-    return button;
+    return ButtonSpec::make(QString::fromUtf16(title), QString::fromUtf16(symbol), QStringLiteral("keys"),
+                            QString::fromUtf16(keys));
 }
 
 AppPreset preset(const char16_t* name, const char16_t* bundleID, QList<ButtonSpec> buttons)

@@ -2,44 +2,12 @@
 
 #include "actions/Paths.h"
 #include "dragdrop/Editing.h"
+#include "platform/DesktopEntryFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QTextStream>
 
 namespace {
-
-/// The Name of a desktop entry's main group, unlocalised; empty when there is none.
-QString desktopEntryName(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return {};
-    QTextStream in(&file);
-    bool inMainGroup = false;
-    while (!in.atEnd()) {
-        const QString line = in.readLine().trimmed();
-        if (line.startsWith(QLatin1Char('[')))
-            inMainGroup = line == QLatin1String("[Desktop Entry]");
-        else if (inMainGroup && line.startsWith(QLatin1String("Name")) &&
-                 line.mid(4).trimmed().startsWith(QLatin1Char('=')))
-            return line.mid(line.indexOf(QLatin1Char('=')) + 1).trimmed();
-    }
-    return {};
-}
-
-ButtonSpec make(const QString& title, const char* symbol, const char* action, const QString& argument,
-                std::optional<QString> iconPath)
-{
-    ButtonSpec spec;
-    spec.title = title;
-    spec.symbol = QString::fromUtf8(symbol);
-    spec.action = QString::fromUtf8(action);
-    spec.argument = argument;
-    spec.iconPath = std::move(iconPath);
-    return spec;
-}
 
 ButtonSpec* topLevel(BarConfig& cfg, const QString& title)
 {
@@ -120,16 +88,18 @@ ButtonSpec specForFile(const QString& path, const BarConfig& cfg)
     const QString shown = Paths::abbreviateHome(path);
     const bool desktopEntry = info.suffix() == QLatin1String("desktop") && info.isFile();
     if (desktopEntry || info.suffix() == QLatin1String("app")) {
-        QString title = desktopEntry ? desktopEntryName(path) : QString();
+        QString title =
+            desktopEntry ? desktopEntryValue(path, QStringLiteral("Name")).value_or(QString()) : QString();
         if (title.isEmpty())
             title = info.completeBaseName();
-        return make(Editing::uniqueTitle(cfg, title), "app", "app", shown, path);
+        return ButtonSpec::make(Editing::uniqueTitle(cfg, title), QStringLiteral("app"),
+                                QStringLiteral("app"), shown, path);
     }
     const QString title = Editing::uniqueTitle(cfg, info.fileName());
     // Linux has no packages: every directory is a folder to browse.
     if (info.isDir())
-        return make(title, "folder", "folder", shown, std::nullopt);
-    return make(title, "doc", "open", shown, path);
+        return ButtonSpec::make(title, QStringLiteral("folder"), QStringLiteral("folder"), shown);
+    return ButtonSpec::make(title, QStringLiteral("doc"), QStringLiteral("open"), shown, path);
 }
 
 ButtonSpec specForLink(const QUrl& url, const BarConfig& cfg)
@@ -137,8 +107,8 @@ ButtonSpec specForLink(const QUrl& url, const BarConfig& cfg)
     QString title = url.host().isEmpty() ? url.toString(QUrl::FullyEncoded) : url.host();
     if (title.startsWith(QLatin1String("www.")))
         title.remove(0, 4);
-    return make(Editing::uniqueTitle(cfg, title), "globe", "url", url.toString(QUrl::FullyEncoded),
-                std::nullopt);
+    return ButtonSpec::make(Editing::uniqueTitle(cfg, title), QStringLiteral("globe"), QStringLiteral("url"),
+                            url.toString(QUrl::FullyEncoded), std::nullopt);
 }
 
 void dropItems(BarConfig& cfg, const QList<QUrl>& urls, const DropTarget& target)

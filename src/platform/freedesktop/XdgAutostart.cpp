@@ -1,5 +1,7 @@
 #include "XdgAutostart.h"
 
+#include "platform/DesktopEntryFile.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -9,24 +11,6 @@
 #include <QTextStream>
 
 namespace {
-
-/// The value of a key in the entry's main group, or nothing.
-std::optional<QString> valueOf(const QString& path, const QString& key)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return std::nullopt;
-    QTextStream in(&file);
-    bool mainGroup = false;
-    while (!in.atEnd()) {
-        const QString line = in.readLine().trimmed();
-        if (line.startsWith(QLatin1Char('[')))
-            mainGroup = line == QLatin1String("[Desktop Entry]");
-        else if (mainGroup && line.section(QLatin1Char('='), 0, 0).trimmed() == key)
-            return line.section(QLatin1Char('='), 1).trimmed();
-    }
-    return std::nullopt;
-}
 
 /// Quoted as the desktop entry rules want for Exec: spaces and specials inside double quotes.
 QString quotedProgram(const QString& path)
@@ -50,8 +34,8 @@ bool XdgAutostart::isEnabled()
     const QString path = entryPath();
     if (!QFile::exists(path))
         return false;
-    return valueOf(path, QStringLiteral("Hidden")) != QLatin1String("true") &&
-           valueOf(path, QStringLiteral("X-GNOME-Autostart-enabled")) != QLatin1String("false");
+    return desktopEntryValue(path, QStringLiteral("Hidden")) != QLatin1String("true") &&
+           desktopEntryValue(path, QStringLiteral("X-GNOME-Autostart-enabled")) != QLatin1String("false");
 }
 
 std::optional<QString> XdgAutostart::setEnabled(bool enabled)

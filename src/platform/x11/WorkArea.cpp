@@ -18,20 +18,11 @@ std::optional<QRect> currentWorkArea()
     if (!connection)
         return std::nullopt;
 
-    const std::array<QByteArray, 2> names = {QByteArrayLiteral("_NET_CURRENT_DESKTOP"),
-                                             QByteArrayLiteral("_NET_WORKAREA")};
-    std::array<xcb_intern_atom_cookie_t, 2> cookies{};
-    for (std::size_t i = 0; i < names.size(); ++i)
-        cookies[i] =
-            xcb_intern_atom(connection, 1, static_cast<uint16_t>(names[i].size()), names[i].constData());
-    std::array<xcb_atom_t, 2> atoms{};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const auto reply = adoptReply(xcb_intern_atom_reply(connection, cookies[i], nullptr));
-        // Only_if_exists: None means no window manager ever set it, so there is nothing to read.
-        if (!reply || reply->atom == XCB_ATOM_NONE)
-            return std::nullopt;
-        atoms[i] = reply->atom;
-    }
+    // Only if they exist: None means no window manager ever set them, so there is nothing to read.
+    const QList<xcb_atom_t> atoms = internAtoms(
+        connection, {QByteArrayLiteral("_NET_CURRENT_DESKTOP"), QByteArrayLiteral("_NET_WORKAREA")}, true);
+    if (atoms.contains(xcb_atom_t(XCB_ATOM_NONE)))
+        return std::nullopt;
 
     const xcb_window_t root = rootWindow(connection);
     const auto desktopCookie = xcb_get_property(connection, 0, root, atoms[0], XCB_ATOM_CARDINAL, 0, 1);

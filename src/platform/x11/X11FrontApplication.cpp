@@ -20,9 +20,7 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name)
     const QByteArray key(name);
     if (const auto it = cache.constFind(key); it != cache.constEnd())
         return it.value();
-    const auto reply = adoptReply(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, key.size(), name), nullptr));
-    const xcb_atom_t value = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    const xcb_atom_t value = internAtoms(connection, {key}).first();
     cache.insert(key, value);
     return value;
 }

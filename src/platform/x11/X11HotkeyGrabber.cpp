@@ -10,8 +10,6 @@
 
 namespace {
 
-using KeySymbolTable = std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)>;
-
 /// The modifier bit (ShiftMask … Mod5Mask) that a key with this keysym sets, or 0 when none does.
 quint16 modifierBitOf(xcb_connection_t* connection, xcb_key_symbols_t* symbols, xcb_keysym_t keysym)
 {

@@ -12,8 +12,6 @@
 
 namespace {
 
-using KeySymbolTable = std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)>;
-
 /// Where a keysym sits in the current layout.
 struct KeyPosition
 {

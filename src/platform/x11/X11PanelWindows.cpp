@@ -37,7 +37,7 @@ bool X11PanelWindows::ensureAtoms()
     if (m_haveAtoms)
         return true;
 
-    const std::array<QByteArray, AtomCount> names = {
+    const QList<QByteArray> names = {
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE"),
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"),
         QByteArrayLiteral("_NET_WM_STATE"),
@@ -49,17 +49,10 @@ bool X11PanelWindows::ensureAtoms()
         QByteArrayLiteral("_NET_WM_CM_S") + QByteArray::number(defaultScreenNumber()),
         QByteArrayLiteral("_NET_WM_WINDOW_OPACITY"),
     };
-    // All requests go out before the first reply is awaited: one round trip instead of nine.
-    std::array<xcb_intern_atom_cookie_t, AtomCount> cookies{};
-    for (int i = 0; i < AtomCount; ++i)
-        cookies[i] =
-            xcb_intern_atom(connection, 0, static_cast<uint16_t>(names[i].size()), names[i].constData());
-    bool complete = true;
-    for (int i = 0; i < AtomCount; ++i) {
-        const auto reply = adoptReply(xcb_intern_atom_reply(connection, cookies[i], nullptr));
-        m_atoms[i] = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-        complete = complete && reply;
-    }
+    // One round trip for all of them.
+    const QList<xcb_atom_t> atoms = internAtoms(connection, names);
+    std::copy(atoms.begin(), atoms.end(), m_atoms.begin());
+    const bool complete = !atoms.contains(xcb_atom_t(XCB_ATOM_NONE));
     // A failed round trip is tried again next time rather than leaving None atoms cached for good.
     m_haveAtoms = complete;
     return complete;

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <cstdlib>
 #include <memory>
 #include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
 
 /// Owns a reply or any other block xcb hands out to be freed with free().
 template<typename T>
@@ -17,3 +20,11 @@ XcbReply<T> adoptReply(T* reply)
 /// Qt's own connection to the X server, or nullptr when the program does not run on X11.
 xcb_connection_t* qtXcbConnection();
 xcb_window_t rootWindow(xcb_connection_t* connection);
+
+/// Interns every name in one round trip. An atom that could not be had, or with `onlyIfExists` one no
+/// client ever made, is XCB_ATOM_NONE.
+QList<xcb_atom_t> internAtoms(xcb_connection_t* connection, const QList<QByteArray>& names,
+                              bool onlyIfExists = false);
+
+/// The keyboard mapping as xcb-keysyms reads it; made afresh where the current layout matters.
+using KeySymbolTable = std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)>;
