@@ -2,12 +2,15 @@
 #include "actions/Actions.h"
 #include "actions/Paths.h"
 #include "actions/ShortcutList.h"
+#include "bar/FolderListing.h"
 #include "config/BarConfig.h"
+#include "dragdrop/DragEditing.h"
 #include "platform/fake/FakePlatform.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTest>
+#include <sys/stat.h>
 
 class TestActions : public QObject
 {
@@ -16,7 +19,10 @@ class TestActions : public QObject
 private Q_SLOTS:
     void kindsAreExactAndUnknownOnesBeep();
     void missingArgumentDoesNothing();
-    void openExpandsTildeAndStartsApplications();
+    void openExpandsTildeAndRefusesWhatIsNoFile();
+    void openingNeverRunsAProgram_data();
+    void openingNeverRunsAProgram();
+    void runStartsOnlyWhatWasAskedAbout();
     void urlsAreTrimmedAndPrefixed_data();
     void urlsAreTrimmedAndPrefixed();
     void programsStartDetached();
@@ -42,8 +48,15 @@ QStringList run(const QString& action, std::optional<QString> argument, FakePlat
     FakePlatform own;
     FakePlatform& target = platform ? *platform : own;
     target.calls.clear();
-    Actions(target).run(button(action, std::move(argument)));
+    Actions(target, &target.question()).run(button(action, std::move(argument)));
     return target.calls;
+}
+
+QStringList run(const ButtonSpec& spec, FakePlatform& platform)
+{
+    platform.calls.clear();
+    Actions(platform, &platform.question()).run(spec);
+    return platform.calls;
 }
 
 } // namespace
@@ -73,31 +86,132 @@ void TestActions::missingArgumentDoesNothing()
     QCOMPARE(log.text(), QString());
 }
 
-void TestActions::openExpandsTildeAndStartsApplications()
+void TestActions::openExpandsTildeAndRefusesWhatIsNoFile()
 {
     const QString home = QDir::homePath();
-    QCOMPARE(run(QStringLiteral("open"), QStringLiteral("~/Documents")),
-             QStringList{QStringLiteral("open file://") + home + QStringLiteral("/Documents")});
     QCOMPARE(run(QStringLiteral("folder"), QStringLiteral("~")),
              QStringList{QStringLiteral("open file://") + home});
-    QCOMPARE(run(QStringLiteral("open"), QStringLiteral("/tmp/a b#c")),
-             QStringList{QStringLiteral("open file:///tmp/a b%23c")});
+    QTemporaryDir dir;
+    const QString odd = dir.filePath(QStringLiteral("a b#c.txt"));
+    QVERIFY(writeAll(odd, "text"));
+    QCOMPARE(run(QStringLiteral("open"), odd),
+             QStringList{QStringLiteral("open ") + QUrl::fromLocalFile(odd).toString()});
     QCOMPARE(Paths::expandTilde(QStringLiteral("~root/x")), QStringLiteral("/root/x"));
     QCOMPARE(Paths::expandTilde(QStringLiteral("~no-such-user-here/x")),
              QStringLiteral("~no-such-user-here/x"));
     QCOMPARE(Paths::expandTilde(QStringLiteral("a/~/b")), QStringLiteral("a/~/b"));
+    // An application's path may begin with "~", as a dropped desktop entry's does.
+    QCOMPARE(run(QStringLiteral("app"), QStringLiteral("~/Apps/x.desktop")),
+             QStringList{QStringLiteral("launch ") + home + QStringLiteral("/Apps/x.desktop")});
 
-    // Programs and desktop entries are started, not opened as documents.
+    // A device is no document; a missing file is not worth a sound.
+    QCOMPARE(run(QStringLiteral("open"), QStringLiteral("/dev/null")), QStringList{QStringLiteral("beep")});
+    QCOMPARE(run(QStringLiteral("open"), dir.filePath(QStringLiteral("missing"))), QStringList());
+}
+
+void TestActions::openingNeverRunsAProgram_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("mode"); // 0: a FIFO
+    QTest::addColumn<QString>("droppedAs");
+    QTest::addColumn<QString>("onRun"); // the request Run makes, after "ask NAME"
+
+    QTest::newRow("script with an execute bit")
+        << QStringLiteral("invoice.pdf.sh") << QByteArray("#!/bin/sh\ntouch \"$0.ran\"\n") << 0755
+        << QStringLiteral("open") << QStringLiteral("start");
+    QTest::newRow("ELF at --x--x--x") << QStringLiteral("tool") << QByteArray::fromHex("7f454c46020101")
+                                      << 0111 << QStringLiteral("open") << QStringLiteral("start");
+    QTest::newRow("stray desktop entry at 0644")
+        << QStringLiteral("stray.desktop")
+        << QByteArray("[Desktop Entry]\nType=Application\nName=Invoice\nExec=touch /tmp/x.ran\n") << 0644
+        << QStringLiteral("app") << QStringLiteral("launch");
+    QTest::newRow("FIFO named x.desktop")
+        << QStringLiteral("x.desktop") << QByteArray() << 0 << QStringLiteral("open") << QString();
+    QTest::newRow("document, for comparison")
+        << QStringLiteral("notes.txt") << QByteArray("text") << 0644 << QStringLiteral("open") << QString();
+}
+
+void TestActions::openingNeverRunsAProgram()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QFETCH(int, mode);
+    QFETCH(QString, droppedAs);
+    QFETCH(QString, onRun);
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    if (mode == 0) {
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0644), 0);
+    } else {
+        QVERIFY(writeAll(path, content));
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), mode_t(mode)), 0);
+    }
+    const QString opened = QStringLiteral("open ") + QUrl::fromLocalFile(path).toString();
+    const bool program = !onRun.isEmpty();
+    const QString asked = QStringLiteral("ask ") + name;
+
+    // Dropped, it only becomes a chip: making one asks nothing of the desktop, and reads no FIFO.
+    BarConfig dropped;
+    DragEditing::dropItems(dropped, {QUrl::fromLocalFile(path)}, DropTarget::insertAt(0));
+    QCOMPARE(dropped.buttons.size(), 1);
+    QCOMPARE(dropped.buttons.first().action, droppedAs);
+
+    const QList<ButtonSpec> listing = FolderListing::items(dir.path(), std::nullopt);
+    const auto row = std::find_if(listing.begin(), listing.end(),
+                                  [&](const ButtonSpec& spec) { return spec.title == name; });
+    QVERIFY(row != listing.end());
+    QList<std::pair<const char*, ButtonSpec>> ways = {
+        {"an \"open\" chip", button(QStringLiteral("open"), path)},
+        {"a \"url\" chip with a file address",
+         button(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
+        {"a folder listing's row", *row},
+    };
+    // An application chip made by a drop runs what its user put there, as every application chip does.
+    if (droppedAs == QLatin1String("open"))
+        ways.append({"a chip made by a drop", dropped.buttons.first()});
+
+    FakePlatform platform;
+    for (const auto& [way, spec] : ways) {
+        platform.answer = RunQuestion::Answer::Cancel;
+        const QStringList cancelled = run(spec, platform);
+        if (mode == 0)
+            QVERIFY2(cancelled == QStringList{QStringLiteral("beep")}, way);
+        else
+            QVERIFY2(cancelled == QStringList{program ? asked : opened}, way);
+        if (!program)
+            continue;
+        platform.answer = RunQuestion::Answer::Open;
+        QVERIFY2(run(spec, platform) == (QStringList{asked, opened}), way);
+        platform.answer = RunQuestion::Answer::Run;
+        QVERIFY2(run(spec, platform) == (QStringList{asked, onRun + QLatin1Char(' ') + path}), way);
+    }
+
+    // Nobody to ask: nothing runs either.
+    platform.calls.clear();
+    Actions(platform).run(button(QStringLiteral("open"), path));
+    QCOMPARE(platform.calls, mode == 0 ? QStringList{QStringLiteral("beep")}
+                             : program ? QStringList()
+                                       : QStringList{opened});
+}
+
+void TestActions::runStartsOnlyWhatWasAskedAbout()
+{
     QTemporaryDir dir;
     const QString script = dir.filePath(QStringLiteral("tool.sh"));
     QVERIFY(writeAll(script, "#!/bin/sh\n"));
     QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    const QString entry = dir.filePath(QStringLiteral("app.desktop"));
-    QVERIFY(writeAll(entry, "[Desktop Entry]\n"));
-    QCOMPARE(run(QStringLiteral("open"), script), QStringList{QStringLiteral("launch ") + script});
-    QCOMPARE(run(QStringLiteral("open"), entry), QStringList{QStringLiteral("launch ") + entry});
-    QCOMPARE(run(QStringLiteral("folder"), dir.path()),
-             QStringList{QStringLiteral("open file://") + dir.path()});
+    FakePlatform platform;
+    platform.answer.reset();
+    QCOMPARE(run(QStringLiteral("open"), script, &platform), QStringList{QStringLiteral("ask tool.sh")});
+
+    // While the question is open the program is swapped for a FIFO: Run starts nothing.
+    QVERIFY(QFile::remove(script));
+    QCOMPARE(::mkfifo(QFile::encodeName(script).constData(), 0755), 0);
+    platform.calls.clear();
+    platform.unanswered(RunQuestion::Answer::Run);
+    QCOMPARE(platform.calls, QStringList{QStringLiteral("beep")});
 }
 
 void TestActions::urlsAreTrimmedAndPrefixed_data()

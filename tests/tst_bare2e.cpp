@@ -5,14 +5,18 @@
 
 #include "BarLayout.h"
 #include "RunningBar.h"
+#include "StrayPrograms.h"
 #include "TestSupport.h"
 #include "bar/BarView.h"
+#include "bar/RunQuestionBox.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -29,6 +33,38 @@ QStringList setNames(const QJsonObject& config)
     for (const QJsonValue& set : config.value(QStringLiteral("appSets")).toArray())
         names.append(set.toObject().value(QStringLiteral("name")).toString());
     return names;
+}
+
+/// Where the Run button sits in the program's question about `name`, a window of `size`: the same
+/// question asked in this process, with the program's style, fonts and icon theme, as BarLayout lays
+/// out the bar, then put away again so that it covers nothing.
+std::optional<QPoint> runButtonIn(const QString& name, const QSize& size)
+{
+    QPoint centre;
+    QSize local;
+    xcb_window_t window = 0;
+    {
+        RunQuestionBox question;
+        question.ask(name, [](RunQuestion::Answer) {});
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* box = qobject_cast<QMessageBox*>(widget);
+            if (!box || !box->isVisible())
+                continue;
+            for (QAbstractButton* button : box->buttons()) {
+                if (button->text() == QLatin1String("Run"))
+                    centre = button->mapTo(box, button->rect().center());
+            }
+            local = box->size();
+            window = static_cast<xcb_window_t>(box->winId());
+        }
+    }
+    waitFor([&] { return !attributesOf(window); });
+    if (local != size || centre.isNull()) {
+        qWarning("the question here is %dx%d, the program's %dx%d", local.width(), local.height(),
+                 size.width(), size.height());
+        return std::nullopt;
+    }
+    return centre;
 }
 
 } // namespace
@@ -51,6 +87,8 @@ private Q_SLOTS:
     void movedBarComesBackWhereItWasLeft();
     void gripDragMovesBarAndTurnsFlyoutsDown();
     void folderListingNavigatesDownAndUp();
+    void openingAProgramAsksFirst_data();
+    void openingAProgramAsksFirst();
     void firstLaunchWritesDefaultsAndOneBackup();
     void presetsRestoreAndRemoveAtStartUp();
     void unreadableFileIsKeptAndDefaultsShown();
@@ -327,6 +365,85 @@ void TestBarEndToEnd::folderListingNavigatesDownAndUp()
                             .arg(top.height())
                             .arg(back ? describe(frameOf(*back)) : QStringLiteral("none"))));
     QVERIFY(vantril.isRunning());
+}
+
+void TestBarEndToEnd::openingAProgramAsksFirst_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("script with an execute bit") << int(Stray::Script);
+    QTest::newRow("ELF at --x--x--x") << int(Stray::Elf);
+    QTest::newRow("desktop entry at 0644") << int(Stray::DesktopEntry);
+    QTest::newRow("FIFO named x.desktop") << int(Stray::Fifo);
+}
+
+void TestBarEndToEnd::openingAProgramAsksFirst()
+{
+    QFETCH(int, kind);
+    const QString folder = m_home->path(QStringLiteral("offered"));
+    QVERIFY(QDir().mkpath(folder));
+    const QString file = makeStray(Stray(kind), folder);
+    QVERIFY(!file.isEmpty());
+    const bool fifo = Stray(kind) == Stray::Fifo;
+
+    BarConfig config;
+    config.buttons = {
+        ButtonSpec::make(QStringLiteral("Target"), QStringLiteral("doc"), QStringLiteral("open"), file),
+        ButtonSpec::make(QStringLiteral("Listed"), QStringLiteral("folder"), QStringLiteral("folder"),
+                         folder)};
+    QVERIFY(m_home->writeButtons(Config::encoded(config)));
+    RunningBar vantril(*m_home, withoutFrontApp());
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    const BarLayout layout = layoutOf(config);
+    QVERIFY(vantril.waitForWidth(layout.width));
+    const QRect bar = vantril.frame();
+    // The question has no title of its own: the window manager shows the program's name.
+    const QString question = QStringLiteral("vantril");
+    const auto openListing = [&]() -> std::optional<QRect> {
+        if (!waitFor([&] { return !vantril.shownFlyout(); }) ||
+            !clickAt(layout.centreOf(QStringLiteral("Listed"), bar)))
+            return std::nullopt;
+        std::optional<quintptr> flyout;
+        if (!waitFor([&] { return (flyout = vantril.shownFlyout()) && frameOf(*flyout).height() > 16; }))
+            return std::nullopt;
+        return frameOf(*flyout);
+    };
+
+    // The chip asks, in a window that takes the keyboard; Escape cancels. A FIFO is refused at once, and
+    // the bar goes on answering.
+    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Target"), bar)));
+    if (!fifo) {
+        const auto asked = vantril.waitForWindow(question, true);
+        QVERIFY2(asked, "the chip asked nothing, or the question did not take the keyboard");
+        saveScreenshot(QStringLiteral("question.png"), screenRect(*asked));
+        QVERIFY(keys({QStringLiteral("Escape")}));
+        QVERIFY2(waitFor([&] { return !vantril.shownWindow(question); }), "Escape left the question open");
+    }
+
+    // The folder listing's row asks the same; Return takes the default, Cancel. Two rows, "Open in File
+    // Manager" and the file, of one height between 8 pixel margins, 6 apart.
+    const auto listing = openListing();
+    QVERIFY2(listing, "the folder did not open");
+    const int rowHeight = (listing->height() - 2 * 8 - 6) / 2;
+    QVERIFY(clickAt(QPoint(listing->center().x(), listing->y() + 8 + rowHeight + 6 + rowHeight / 2)));
+    if (!fifo) {
+        QVERIFY2(vantril.waitForWindow(question, true), "the listing's row asked nothing");
+        QVERIFY(keys({QStringLiteral("Return")}));
+        QVERIFY2(waitFor([&] { return !vantril.shownWindow(question); }), "Return left the question open");
+    }
+    QVERIFY2(openListing(), "the bar stopped answering");
+    QVERIFY2(!QFile::exists(markerOf(file)), "a cancelled question started the program");
+    if (fifo)
+        return;
+
+    // Run starts it: a desktop entry through GIO, a program directly.
+    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Target"), bar)));
+    const auto asked = vantril.waitForWindow(question, true);
+    QVERIFY2(asked, "the chip asked nothing the second time");
+    const QRect frame = frameOf(*asked);
+    const auto run = runButtonIn(QFileInfo(file).fileName(), frame.size());
+    QVERIFY(run);
+    QVERIFY(clickAt(frame.topLeft() + *run));
+    QVERIFY2(waitFor([&] { return QFile::exists(markerOf(file)); }), "Run started nothing");
 }
 
 void TestBarEndToEnd::firstLaunchWritesDefaultsAndOneBackup()

@@ -3,8 +3,10 @@
 #include "actions/Paths.h"
 #include "config/BarConfig.h"
 #include "config/Config.h"
+#include "platform/FileKind.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "platform/RunQuestion.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -27,19 +29,61 @@ QString trimSpacesAndTabs(const QString& text)
     return text.mid(begin, end - begin);
 }
 
-/// Desktop entries and programs are started rather than opened as documents, as a double click in a
-/// file manager would.
-bool isLaunchable(const QFileInfo& info)
+/// Hands a file or folder to its default application. Only regular files and folders go there: a FIFO
+/// would hold up whoever reads it, and a device is no document.
+void openAsDocument(Platform& platform, const QString& path)
 {
-    if (info.isDir())
-        return false;
-    return info.suffix() == QLatin1String("desktop") || info.isExecutable();
+    switch (fileKind(path)) {
+    case FileKind::Missing:
+        return;
+    case FileKind::Refused:
+        platform.beeper().beep();
+        return;
+    case FileKind::Folder:
+    case FileKind::Document:
+    case FileKind::Program:
+    case FileKind::DesktopEntry:
+        platform.launcher().open(QUrl::fromLocalFile(path));
+        return;
+    }
+}
+
+/// Carries out the user's answer about a program. The file may have changed while the question was
+/// open, so it is looked at again: Run starts only what is still the kind of file the user was asked about.
+void answered(Platform& platform, const QString& path, FileKind asked, RunQuestion::Answer answer)
+{
+    if (answer == RunQuestion::Answer::Open) {
+        openAsDocument(platform, path);
+        return;
+    }
+    if (answer != RunQuestion::Answer::Run)
+        return;
+    const FileKind now = fileKind(path);
+    if (now == FileKind::Missing)
+        return;
+    if (now != asked) {
+        platform.beeper().beep();
+        return;
+    }
+    if (now == FileKind::DesktopEntry)
+        platform.launcher().launchApplication(path, {});
+    else
+        platform.launcher().startDetached(path, {});
+}
+
+/// An "app" chip's argument is a name or a path; a path may begin with "~", as dropped files' do.
+QString applicationArgument(const QString& argument)
+{
+    if (argument.startsWith(QLatin1Char('~')) && argument.contains(QLatin1Char('/')))
+        return Paths::expandTilde(argument);
+    return argument;
 }
 
 } // namespace
 
-Actions::Actions(Platform& platform)
+Actions::Actions(Platform& platform, RunQuestion* question)
     : m_platform(platform)
+    , m_question(question)
     , m_keys(platform.input(), platform.clipboard(), platform.beeper(), platform.scheduler())
 {}
 
@@ -71,7 +115,7 @@ void Actions::run(const ButtonSpec& button)
     if (kind == QLatin1String("open") || kind == QLatin1String("folder"))
         open(*argument);
     else if (kind == QLatin1String("app"))
-        m_platform.launcher().launchApplication(*argument, {});
+        m_platform.launcher().launchApplication(applicationArgument(*argument), {});
     else if (kind == QLatin1String("shortcut"))
         runShortcut(*argument);
     else if (kind == QLatin1String("url"))
@@ -91,14 +135,26 @@ void Actions::launch(const QString& path, const QStringList& arguments)
     m_platform.launcher().startDetached(path, arguments);
 }
 
+void Actions::openDocument(const QString& path)
+{
+    openAsDocument(m_platform, QFileInfo(Paths::expandTilde(path)).absoluteFilePath());
+}
+
 void Actions::open(const QString& path)
 {
-    const QFileInfo info(Paths::expandTilde(path));
-    if (isLaunchable(info)) {
-        m_platform.launcher().launchApplication(info.absoluteFilePath(), {});
+    const QString full = QFileInfo(Paths::expandTilde(path)).absoluteFilePath();
+    const FileKind kind = fileKind(full);
+    if (kind != FileKind::Program && kind != FileKind::DesktopEntry) {
+        openAsDocument(m_platform, full);
         return;
     }
-    m_platform.launcher().open(QUrl::fromLocalFile(info.absoluteFilePath()));
+    if (!m_question)
+        return;
+    // The file's own name, not a desktop entry's Name, which could pose as a document.
+    Platform& platform = m_platform;
+    m_question->ask(QFileInfo(full).fileName(), [&platform, full, kind](RunQuestion::Answer answer) {
+        answered(platform, full, kind, answer);
+    });
 }
 
 void Actions::openUrl(const QString& text)
@@ -111,6 +167,11 @@ void Actions::openUrl(const QString& text)
     const QUrl url(address, QUrl::StrictMode);
     if (!url.isValid())
         return;
+    // A file address is a file like any other: its default application opens it, nothing runs it.
+    if (url.isLocalFile()) {
+        open(url.toLocalFile());
+        return;
+    }
     m_platform.launcher().open(url);
 }
 

@@ -11,6 +11,7 @@
 #include "bar/BarView.h"
 #include "bar/FlyoutController.h"
 #include "bar/Geometry.h"
+#include "bar/RunQuestionBox.h"
 #include "bar/TapRouting.h"
 #include "config/Backups.h"
 #include "config/Config.h"
@@ -56,7 +57,8 @@ std::optional<ButtonSpec> shownInEditor(const BarConfig& cfg, const QString& id)
 
 AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed)
     : m_platform(std::move(platform))
-    , m_actions(std::make_unique<Actions>(*m_platform))
+    , m_runQuestion(std::make_unique<RunQuestionBox>())
+    , m_actions(std::make_unique<Actions>(*m_platform, m_runQuestion.get()))
 {
     if (!updateFeed.isEmpty())
         m_updater = new Updater(updateFeed, this);
@@ -357,12 +359,12 @@ void AppDelegate::moveToGlobal(const ButtonSpec& spec)
 void AppDelegate::showBackups()
 {
     QDir().mkpath(Config::backupsDir());
-    m_platform->launcher().open(QUrl::fromLocalFile(Config::backupsDir()));
+    m_actions->openDocument(Config::backupsDir());
 }
 
 void AppDelegate::editConfig()
 {
-    m_platform->launcher().open(QUrl::fromLocalFile(Config::buttonsPath()));
+    m_actions->openDocument(Config::buttonsPath());
 }
 
 void AppDelegate::moveToContext(const ButtonSpec& spec)

@@ -23,6 +23,7 @@ class ShellMenus;
 class Updater;
 class FlyoutController;
 class Platform;
+class RunQuestionBox;
 
 /// The one owner of the program's run-time state: the configuration and its history, the bar and its
 /// flyout, and the desktop services. The work itself lives in the collaborators it wires together.
@@ -96,6 +97,7 @@ private:
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<ConfigDocument> m_document;
+    std::unique_ptr<RunQuestionBox> m_runQuestion;
     std::unique_ptr<Actions> m_actions;
     DragState m_drag;
     BarHandlers m_handlers;

@@ -105,3 +105,12 @@ std::optional<QString> FakePlatform::setEnabled(bool enabled)
     loginItem = enabled;
     return std::nullopt;
 }
+
+void FakePlatform::ask(const QString& name, std::function<void(Answer)> answered)
+{
+    calls.append(QStringLiteral("ask ") + name);
+    if (answer)
+        answered(*answer);
+    else
+        unanswered = std::move(answered);
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/RunQuestion.h"
 
 #include <QList>
 #include <QStringList>
@@ -20,7 +21,8 @@ class FakePlatform final : public Platform,
                            ClickMonitor,
                            FrontApplication,
                            HotkeyGrabber,
-                           Autostart
+                           Autostart,
+                           RunQuestion
 {
 public:
     /// One request, in the order it was made: "post ctrl=… key=…", "clipboard set …", "open …", ….
@@ -57,6 +59,13 @@ public:
     bool grabRefused = false;
     bool loginItem = false;
     std::optional<QString> loginItemError;
+    /// The user's answer when asked whether to run a program (recorded as "ask NAME"); when empty, the
+    /// question stays open in `unanswered` for the test to answer.
+    std::optional<Answer> answer = Answer::Cancel;
+    std::function<void(Answer)> unanswered;
+
+    /// Stands in for the dialog that asks before a program runs, which lives beside the platform.
+    RunQuestion& question() { return *this; }
 
     InputSynthesis& input() override { return *this; }
     Clipboard& clipboard() override { return *this; }
@@ -106,4 +115,5 @@ private:
     void setHandler(std::function<void()> pressed) override { hotkeyHandler = std::move(pressed); }
     bool isEnabled() override { return loginItem; }
     std::optional<QString> setEnabled(bool enabled) override;
+    void ask(const QString& name, std::function<void(Answer)> answered) override;
 };

@@ -1,5 +1,6 @@
 #include "DesktopLauncher.h"
 
+#include "platform/FileKind.h"
 #include "platform/freedesktop/DesktopEntries.h"
 
 #include <QDesktopServices>
@@ -32,10 +33,19 @@ QString DesktopLauncher::loginShell()
 
 void DesktopLauncher::open(const QUrl& url)
 {
-    // GIO first: it honours the same mimeapps.list as every desktop and needs no helper script;
-    // xdg-open still knows a few desktops' own tools and $BROWSER.
-    if (!DesktopEntries::openWithDefault(url.toString(QUrl::FullyEncoded)))
-        QDesktopServices::openUrl(url);
+    // GIO first: it honours the same mimeapps.list as every desktop and needs no helper script, and it
+    // hands a file only to the application chosen for its type.
+    if (DesktopEntries::openWithDefault(url.toString(QUrl::FullyEncoded)))
+        return;
+    // xdg-open still knows a few desktops' own tools and $BROWSER, but it hands files to each desktop's
+    // own opener (exo-open, kde-open, …), some of which start the desktop entries and programs they are
+    // given: those stay with GIO alone, and so do files that are no document at all.
+    if (url.isLocalFile()) {
+        const FileKind kind = fileKind(url.toLocalFile());
+        if (kind == FileKind::Program || kind == FileKind::DesktopEntry || kind == FileKind::Refused)
+            return;
+    }
+    QDesktopServices::openUrl(url);
 }
 
 bool DesktopLauncher::launchApplication(const QString& name, const QStringList& files)
