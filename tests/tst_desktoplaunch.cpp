@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
+#include <sys/stat.h>
 
 /// Stands in for a file manager on the test's private session bus.
 class FakeFileManager : public QObject
@@ -108,6 +109,10 @@ void TestDesktopLaunch::applicationsResolveByPathIdNameRoleAndPath()
     QVERIFY(launcher.launchApplication(entryPath, {}));                // by path
     QVERIFY(launcher.launchApplication(QStringLiteral("plain-tool"), {QStringLiteral("x")})); // on PATH
     QVERIFY(!launcher.launchApplication(QStringLiteral("No Such Application"), {}));
+    // A FIFO under a desktop entry's name is no entry: refused at once, never read, which would hang.
+    const QString fifo = m_home + QStringLiteral("/x.desktop");
+    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0644), 0);
+    QVERIFY(!launcher.launchApplication(fifo, {}));
     QTRY_COMPARE_WITH_TIMEOUT(recorded().size(), 6, 10000);
     QStringList lines = recorded();
     lines.sort();

@@ -6,6 +6,7 @@
 
 #include "BarLayout.h"
 #include "RunningBar.h"
+#include "StrayPrograms.h"
 #include "TestSupport.h"
 #include "bar/BarView.h"
 #include "config/ConfigReader.h"
@@ -211,6 +212,7 @@ private Q_SLOTS:
     void filesDroppedBetweenChipsLandInReverseOrder();
     void linkDropsBecomeNumberedUrlButtons();
     void fileDroppedOnAppChipOpensWithIt();
+    void droppedProgramsOnlyBecomeChips();
 
     void frontApplicationChoosesTheSet();
     void contextFromEnvironmentIsFixed();
@@ -631,6 +633,44 @@ void TestEditingEndToEnd::fileDroppedOnAppChipOpensWithIt()
 }
 
 // ---- the application in front ----
+
+void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
+{
+    const QString folder = path(QStringLiteral("offered"));
+    QVERIFY(QDir().mkpath(folder));
+    QStringList files;
+    for (const Stray kind : {Stray::Script, Stray::Elf, Stray::DesktopEntry, Stray::Fifo}) {
+        files.append(makeStray(kind, folder));
+        QVERIFY(!files.last().isEmpty());
+    }
+    const QJsonObject config = document(plainButtons({QStringLiteral("A"), QStringLiteral("B")}));
+    QVERIFY(startBar(config));
+    const BarLayout layout = layoutOf(decoded(config));
+    QVERIFY(waitForWidth(layout.width));
+
+    TestProcess source(QStringLiteral(DRAGSOURCE_BINARY), files);
+    const auto window = source.waitForWindow(QStringLiteral("dragsource"));
+    QVERIFY2(window, "the drag source did not appear");
+    const QByteArray before = saved();
+    const QPoint target = gapAfter(layout, QStringLiteral("A"));
+    const QPoint marker(target.x(), barFrame().y() + 10);
+    QVERIFY(dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(marker)); }));
+    // Reading the FIFO would have held the program up before it saved.
+    QVERIFY2(waitForSave(before), "the drop changed nothing");
+    const QByteArray after = saved();
+    QVERIFY(waitForWidth(layoutOf(*ConfigReader::decode(after)).width));
+
+    // Only a desktop entry that is a regular file makes an application chip; nothing was started.
+    const auto action = [&](const QString& title) {
+        return topButton(after, title).value(QStringLiteral("action")).toString();
+    };
+    QCOMPARE(action(QStringLiteral("invoice.pdf.sh")), QStringLiteral("open"));
+    QCOMPARE(action(QStringLiteral("tool")), QStringLiteral("open"));
+    QCOMPARE(action(QStringLiteral("Invoice")), QStringLiteral("app"));
+    QCOMPARE(action(QStringLiteral("x.desktop")), QStringLiteral("open"));
+    for (const QString& file : files)
+        QVERIFY2(!QFile::exists(markerOf(file)), qPrintable(file));
+}
 
 void TestEditingEndToEnd::frontApplicationChoosesTheSet()
 {

@@ -3,6 +3,7 @@
 #include "actions/Paths.h"
 #include "dragdrop/Editing.h"
 #include "platform/DesktopEntryFile.h"
+#include "platform/FileKind.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -86,7 +87,10 @@ ButtonSpec specForFile(const QString& path, const BarConfig& cfg)
 {
     const QFileInfo info(path);
     const QString shown = Paths::abbreviateHome(path);
-    const bool desktopEntry = info.suffix() == QLatin1String("desktop") && info.isFile();
+    // Only a desktop entry that is a regular file names an application; anything else under such a
+    // name (a FIFO, say) is left unread and becomes a document, which refuses to open. A program
+    // becomes a document too: dropping it never runs it, and opening it later asks first.
+    const bool desktopEntry = fileKind(path) == FileKind::DesktopEntry;
     if (desktopEntry || info.suffix() == QLatin1String("app")) {
         QString title =
             desktopEntry ? desktopEntryValue(path, QStringLiteral("Name")).value_or(QString()) : QString();

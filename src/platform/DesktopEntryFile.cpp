@@ -2,13 +2,44 @@
 
 #include <QFile>
 #include <QTextStream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// Desktop entries are a few kilobytes; translations into every language stay well below this.
+constexpr qint64 kLargestEntry = 1 << 20;
+
+} // namespace
+
+std::optional<QByteArray> readDesktopEntryFile(const QString& path)
+{
+    // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer, on the UI thread.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    QFile file;
+    if (!file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    // Asked of the open file, not the name, which could be swapped for a FIFO after a check by name.
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLargestEntry)
+        return std::nullopt;
+    const QByteArray bytes = file.read(kLargestEntry + 1);
+    if (bytes.size() > kLargestEntry)
+        return std::nullopt;
+    return bytes;
+}
 
 std::optional<QString> desktopEntryValue(const QString& path, const QString& key)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    const std::optional<QByteArray> bytes = readDesktopEntryFile(path);
+    if (!bytes)
         return std::nullopt;
-    QTextStream in(&file);
+    QTextStream in(*bytes);
     bool mainGroup = false;
     while (!in.atEnd()) {
         const QString line = in.readLine().trimmed();

@@ -1,5 +1,7 @@
 #include "DesktopEntries.h"
 
+#include "platform/DesktopEntryFile.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -46,9 +48,23 @@ QString withoutDesktopSuffix(QString id)
     return id;
 }
 
+struct KeyFileFree
+{
+    void operator()(GKeyFile* keyFile) const { g_key_file_free(keyFile); }
+};
+
+/// Read here rather than by GIO from the name, which would wait forever on a FIFO called "x.desktop",
+/// on the UI thread.
 AppInfo entryFromFile(const QString& path)
 {
-    return AppInfo(G_APP_INFO(g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData())));
+    const std::optional<QByteArray> bytes = readDesktopEntryFile(path);
+    if (!bytes)
+        return nullptr;
+    const std::unique_ptr<GKeyFile, KeyFileFree> keyFile(g_key_file_new());
+    if (!g_key_file_load_from_data(keyFile.get(), bytes->constData(), gsize(bytes->size()), G_KEY_FILE_NONE,
+                                   nullptr))
+        return nullptr;
+    return AppInfo(G_APP_INFO(g_desktop_app_info_new_from_keyfile(keyFile.get())));
 }
 
 AppInfo entryWithId(const QString& id)
@@ -134,7 +150,7 @@ Target resolve(const QString& name, int depth)
         return {};
     if (QFileInfo(name).isAbsolute()) {
         const QFileInfo file(name);
-        if (file.suffix() == QLatin1String("desktop"))
+        if (file.suffix().compare(QLatin1String("desktop"), Qt::CaseInsensitive) == 0)
             return {entryFromFile(name), QString()};
         if (file.isFile() && file.isExecutable())
             return {nullptr, name};

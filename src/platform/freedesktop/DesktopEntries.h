@@ -10,9 +10,10 @@
 namespace DesktopEntries {
 
 /// Starts the application `name` resolves to, in this order: an absolute path to a desktop entry or
-/// an executable; a desktop-entry id, with or without ".desktop"; an entry's name, ignoring case; a
-/// well-known application of another desktop ("Safari", "Mail", "Terminal", "Finder", "Calendar",
-/// "Notes", "TextEdit") as the user's default application for that role; a program on PATH.
+/// an executable, either only when it is a regular file; a desktop-entry id, with or without
+/// ".desktop"; an entry's name, ignoring case; a well-known application of another desktop ("Safari",
+/// "Mail", "Terminal", "Finder", "Calendar", "Notes", "TextEdit") as the user's default application for
+/// that role; a program on PATH.
 /// `files` are handed to the application to open. False when nothing was found or started.
 bool launch(const QString& name, const QStringList& files);
 
