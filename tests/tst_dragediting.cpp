@@ -256,7 +256,10 @@ void TestDragEditing::droppedFilesAndLinksBecomeButtons()
     const QString folder = dir.filePath(QStringLiteral("Projects"));
     QVERIFY(QDir().mkpath(folder));
     QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("Sketchpad.app"))));
-    const QString entry = dir.filePath(QStringLiteral("org.example.Editor.desktop"));
+    // Installed where the menus look; the same file anywhere else is a stray document.
+    qputenv("XDG_DATA_HOME", QFile::encodeName(dir.path()));
+    QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("applications"))));
+    const QString entry = dir.filePath(QStringLiteral("applications/org.example.Editor.desktop"));
     QFile file(entry);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("[Desktop Entry]\nName[de]=Bearbeiter\nName = Fancy Editor\nExec=editor\n[Desktop Action "
@@ -276,6 +279,9 @@ void TestDragEditing::droppedFilesAndLinksBecomeButtons()
     QCOMPARE(editor.title, QStringLiteral("Fancy Editor"));
     QCOMPARE(editor.argument, std::optional<QString>(entry));
     QCOMPARE(editor.iconPath, std::optional<QString>(entry));
+    const QString stray = dir.filePath(QStringLiteral("Editor.desktop"));
+    QVERIFY(QFile::copy(entry, stray));
+    QCOMPARE(DragEditing::specForFile(stray, cfg).action, QStringLiteral("open"));
     const ButtonSpec document = DragEditing::specForFile(dir.filePath(QStringLiteral("3")), cfg);
     QCOMPARE(document.title, QStringLiteral("3 2")); // titles stay unique
     QCOMPARE(document.action, QStringLiteral("open"));

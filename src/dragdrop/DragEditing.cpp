@@ -87,10 +87,10 @@ ButtonSpec specForFile(const QString& path, const BarConfig& cfg)
 {
     const QFileInfo info(path);
     const QString shown = Paths::abbreviateHome(path);
-    // Only a desktop entry that is a regular file names an application; anything else under such a
-    // name (a FIFO, say) is left unread and becomes a document, which refuses to open. A program
-    // becomes a document too: dropping it never runs it, and opening it later asks first.
-    const bool desktopEntry = fileKind(path) == FileKind::DesktopEntry;
+    // Only an installed desktop entry that is a regular file names an application. A stray one (saved
+    // from a web page, say), a program and anything else under such a name (a FIFO) become documents:
+    // dropping never runs them, opening a program later asks first, and a FIFO refuses to open.
+    const bool desktopEntry = fileKind(path) == FileKind::DesktopEntry && isInstalledDesktopEntry(path);
     if (desktopEntry || info.suffix() == QLatin1String("app")) {
         QString title =
             desktopEntry ? desktopEntryValue(path, QStringLiteral("Name")).value_or(QString()) : QString();

@@ -29,9 +29,9 @@ std::optional<DropFeedback> dragFeedback(const ButtonSpec& dragged, const QPoint
 /// Applies a finished chip drag onto `target`.
 Outcome dropChip(BarConfig& cfg, const ButtonSpec& dragged, const DropTarget& target);
 
-/// A button for a dropped file: a folder lists its contents, a desktop entry that is a regular file or
-/// "….app" starts the application, anything else (programs included) opens as a document. The title
-/// is made unique in `cfg`.
+/// A button for a dropped file: a folder lists its contents, an installed desktop entry that is a regular
+/// file or "….app" starts the application, anything else (programs and stray desktop entries included)
+/// opens as a document. The title is made unique in `cfg`.
 ButtonSpec specForFile(const QString& path, const BarConfig& cfg);
 /// A button for a dropped link, titled by its host without "www.".
 ButtonSpec specForLink(const QUrl& url, const BarConfig& cfg);

@@ -1,7 +1,10 @@
 #include "DesktopEntryFile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 #include <QTextStream>
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,6 +35,17 @@ std::optional<QByteArray> readDesktopEntryFile(const QString& path)
     if (bytes.size() > kLargestEntry)
         return std::nullopt;
     return bytes;
+}
+
+bool isInstalledDesktopEntry(const QString& path)
+{
+    // The path as given, links unresolved: a link the user put into an applications folder installs
+    // what it points at, and a link elsewhere to an installed entry is no less stray for it.
+    const QString cleaned = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    const QStringList folders = QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation);
+    return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
+        return cleaned.startsWith(QDir::cleanPath(folder) + QLatin1Char('/'));
+    });
 }
 
 std::optional<QString> desktopEntryValue(const QString& path, const QString& key)
