@@ -4,7 +4,15 @@
 #include "config/ConfigDocument.h"
 #include "config/ConfigReader.h"
 
+#include <QElapsedTimer>
+#include <QRandomGenerator>
 #include <QTest>
+#include <csignal>
+#include <poll.h>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 class TestDocument : public QObject
 {
@@ -19,6 +27,7 @@ private Q_SLOTS:
     void failedSaveLeavesDiskAlone();
     void bytesNotWrittenHereAreKeptFirst_data();
     void bytesNotWrittenHereAreKeptFirst();
+    void killedAtAnyInstantLeavesOldOrNewDocument();
     void lockAllMarksEveryDepthAndUnlockRemovesTheKey();
     void presetsCommitOnlyWhenSomethingChanged();
 };
@@ -59,6 +68,27 @@ BarConfig numbered(int i, int size = 0)
 
 /// What a row does to the configuration folder before the save.
 using Trouble = std::function<void(const TempConfigDir&)>;
+
+/// Every report a child wrote into the pipe until `count` have come or the pipe is closed or the deadline
+/// passes; the newest one, if any, is left in `newest`.
+int readReports(int fd, int count, int deadlineMs, int& newest)
+{
+    QElapsedTimer waited;
+    waited.start();
+    int got = 0;
+    while (got < count) {
+        pollfd ready{fd, POLLIN, 0};
+        if (::poll(&ready, 1, int(std::max<qint64>(0, deadlineMs - waited.elapsed()))) <= 0)
+            break;
+        int reports[1024];
+        const ssize_t size = ::read(fd, reports, sizeof reports);
+        if (size <= 0)
+            break;
+        got += int(size / sizeof(int));
+        newest = reports[size / sizeof(int) - 1];
+    }
+    return got;
+}
 
 } // namespace
 
@@ -308,6 +338,69 @@ void TestDocument::bytesNotWrittenHereAreKeptFirst()
     for (auto it = before.begin(); it != before.end(); ++it)
         QCOMPARE(added.take(it.key()), it.value());
     QCOMPARE(added.values(), kept ? QList<QByteArray>{foreign} : QList<QByteArray>{});
+}
+
+void TestDocument::killedAtAnyInstantLeavesOldOrNewDocument()
+{
+    // A dozen kills here; VANTRIL_KILLS=200 for a long run.
+    const int kills =
+        qEnvironmentVariableIsSet("VANTRIL_KILLS") ? qEnvironmentVariableIntValue("VANTRIL_KILLS") : 12;
+    TempConfigDir dir;
+    QVERIFY(Config::save(numbered(0)));
+    const quint32 seed = QRandomGenerator::system()->generate();
+    std::mt19937 random(seed);
+    const QDateTime start(QDate(2025, 3, 14), QTime(9, 0, 0));
+    int newest = 0; // the newest document known to be on disk
+    qint64 spanUs = 0;
+    for (int kill = 0; kill < kills; ++kill) {
+        int reports[2];
+        QCOMPARE(::pipe(reports), 0);
+        const int first = newest + 1;
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::close(reports[0]);
+            int i = first;
+            // Five minutes between commits, so that each one writes a backup too and prunes old ones.
+            ConfigDocument document(Config::loadDocument(), [&] { return start.addSecs(301 * i); });
+            for (;; ++i) {
+                document.cfg() = numbered(i);
+                document.commit();
+                if (::write(reports[1], &i, sizeof i) != sizeof i)
+                    ::_exit(1);
+            }
+        }
+        ::close(reports[1]);
+        int reported = newest;
+        int calibration = 0;
+        if (spanUs == 0) {
+            // The first run measures how long a commit takes here; later kills land anywhere in a few.
+            QElapsedTimer running;
+            running.start();
+            calibration = readReports(reports[0], 10, 60000, reported);
+            spanUs = std::max<qint64>(1000, running.nsecsElapsed() / 1000 / 10 * 4);
+        } else {
+            // This wait is the random instant of the kill, not a wait for anything.
+            std::this_thread::sleep_for(
+                std::chrono::microseconds(std::uniform_int_distribution<qint64>(0, spanUs)(random)));
+        }
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+        readReports(reports[0], INT_MAX, 60000, reported);
+        ::close(reports[0]);
+        if (kill == 0)
+            QVERIFY2(calibration >= 10, "fewer than ten commits in a minute");
+
+        // The commit after the last one reported may have finished before the kill, or not.
+        const QByteArray onDisk = readAll(dir.buttonsJson());
+        const bool next = onDisk == Config::encoded(numbered(reported + 1));
+        const QByteArray where =
+            QStringLiteral("kill %1 of %2, seed %3").arg(kill + 1).arg(kills).arg(seed).toUtf8();
+        QVERIFY2(next || onDisk == Config::encoded(numbered(reported)), where.constData());
+        for (const QString& name : entries(dir.backups()))
+            QVERIFY2(ConfigReader::decode(readAll(dir.backups() + QLatin1Char('/') + name)),
+                     QByteArray(where + ' ' + name.toUtf8()).constData());
+        newest = next ? reported + 1 : reported;
+    }
 }
 
 void TestDocument::lockAllMarksEveryDepthAndUnlockRemovesTheKey()
