@@ -1,4 +1,5 @@
 #include "TestSupport.h"
+#include "app/StartupCommands.h"
 #include "config/Backups.h"
 #include "config/Config.h"
 #include "config/ConfigDocument.h"
@@ -23,6 +24,8 @@ private Q_SLOTS:
     void historyHoldsThirtyAndUndoWalksBack();
     void emptyApplicationSetsAreDroppedOnCommit();
     void restoreKeepsCurrentFileAndIsUndoable();
+    void restoreTakesOnlyABackupName_data();
+    void restoreTakesOnlyABackupName();
     void failedSaveLeavesDiskAlone_data();
     void failedSaveLeavesDiskAlone();
     void bytesNotWrittenHereAreKeptFirst_data();
@@ -202,6 +205,38 @@ void TestDocument::restoreKeepsCurrentFileAndIsUndoable()
     QCOMPARE(readAll(Config::backupFiles().first()), current);
     document.undo();
     QCOMPARE(document.cfg().buttons.size(), 2);
+}
+
+void TestDocument::restoreTakesOnlyABackupName_data()
+{
+    QTest::addColumn<QString>("name"); // "@" stands for the temporary configuration folder
+    QTest::addColumn<bool>("restored");
+    QTest::newRow("file name") << QStringLiteral("buttons-2025-03-13-080000.json") << true;
+    QTest::newRow("parent folder") << QStringLiteral("../elsewhere.json") << false;
+    QTest::newRow("absolute path") << QStringLiteral("@/elsewhere.json") << false;
+    QTest::newRow("subfolder") << QStringLiteral("sub/buttons-2025-03-13-080000.json") << false;
+    QTest::newRow("dot") << QStringLiteral(".") << false;
+    QTest::newRow("dot dot") << QStringLiteral("..") << false;
+}
+
+void TestDocument::restoreTakesOnlyABackupName()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, restored);
+    TempConfigDir dir;
+    ConfigDocument document(Config::loadDocument());
+    const QByteArray other = Config::encoded(numbered(1));
+    QVERIFY(QDir().mkpath(dir.backups() + QStringLiteral("/sub")));
+    for (const char* path :
+         {"backups/buttons-2025-03-13-080000.json", "backups/sub/buttons-2025-03-13-080000.json",
+          "elsewhere.json", "backups/elsewhere.json"})
+        QVERIFY(writeAll(dir.file(QString::fromUtf8(path)), other));
+
+    QProcessEnvironment environment;
+    environment.insert(QStringLiteral("VANTRIL_RESTORE"), name.replace(QLatin1Char('@'), dir.path()));
+    StartupCommands::applyConfigCommands(document, environment);
+    QCOMPARE(document.cfg(), restored ? numbered(1) : Config::defaults());
+    QCOMPARE(document.history().size(), restored ? 1 : 0);
 }
 
 void TestDocument::failedSaveLeavesDiskAlone_data()
