@@ -1,10 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 #include <QTemporaryDir>
+#include <functional>
 
-/// Points VANTRIL_CONFIG_DIR at a fresh temporary folder for the lifetime of the object.
+/// Points VANTRIL_CONFIG_DIR at a fresh temporary folder for the lifetime of the object. Folders and
+/// files a test made unreadable or read-only are opened up again for the cleanup.
 class TempConfigDir
 {
 public:
@@ -46,3 +49,15 @@ QByteArray readAll(const QString& path);
 bool writeAll(const QString& path, const QByteArray& bytes);
 /// Names of the entries in a folder, sorted, empty when it does not exist.
 QStringList entries(const QString& folder);
+/// Every regular file under a folder, by path relative to it, with its bytes: what a failed save must
+/// leave exactly as it was.
+QMap<QString, QByteArray> filesUnder(const QString& folder);
+/// Gives the owner full access to the folder and everything in it again, so a test can read what a child
+/// process left behind whatever modes the test gave it.
+void openUp(const QString& folder);
+
+/// Runs `body` in a forked copy of the test and returns its exit code (-1 when it did not exit by itself).
+/// The child is held to `fileSizeLimit` bytes per file when that is not negative, which makes writes fail
+/// part-way as on a full disk. When the tests run as root, the child first becomes an unprivileged user
+/// owning `folder`, so that file modes bind it as they bind any user.
+int inChild(const QString& folder, const std::function<int()>& body, qint64 fileSizeLimit = -1);

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QLocale>
 #include <QTest>
+#include <sys/stat.h>
 
 class TestBackups : public QObject
 {
@@ -16,6 +17,8 @@ private Q_SLOTS:
     void throttleHoldsUnforcedSnapshotsForFiveMinutes();
     void identicalBytesAreNeverBackedUpTwice();
     void unreadableFileIsKeptAsInvalidCopy();
+    void troubleInBackupsFolderLosesNothing_data();
+    void troubleInBackupsFolderLosesNothing();
     void keepsFortyNewestAndNeverCountsInvalidOnes();
     void handWrittenNotesFileIsNewestButNeverBlocks();
     void restoreListLabelsAndLimits();
@@ -34,6 +37,9 @@ QByteArray document(int buttons)
     return text + "]}";
 }
 
+/// What a row does to a folder holding buttons.json and two good backups.
+using Trouble = std::function<void(const TempConfigDir&)>;
+
 QStringList backupNames()
 {
     QStringList names;
@@ -43,6 +49,8 @@ QStringList backupNames()
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(Trouble)
 
 void TestBackups::stampAndDateAreInverse()
 {
@@ -128,10 +136,76 @@ void TestBackups::unreadableFileIsKeptAsInvalidCopy()
     TempConfigDir dir;
     QVERIFY(writeAll(dir.buttonsJson(), "{\"buttons\": 1}"));
     QVERIFY(!Config::snapshot(true, t0));
-    QVERIFY(!Config::snapshot(false, t0.addSecs(1)));
+    QVERIFY(!Config::snapshot(false, t0.addSecs(1))); // the same bytes again: no second copy
+    QVERIFY(writeAll(dir.buttonsJson(), "{\"buttons\": 2}"));
+    QVERIFY(!Config::snapshot(false, t0.addSecs(2)));
+    // Other broken bytes in the same second do not replace a copy, which is never deleted.
+    QVERIFY(writeAll(dir.buttonsJson(), "{\"buttons\": 3}"));
+    QVERIFY(!Config::keepCopy(t0.addSecs(2)));
     QCOMPARE(entries(dir.backups()), (QStringList{QStringLiteral("invalid-2025-03-14-091500.json"),
-                                                  QStringLiteral("invalid-2025-03-14-091501.json")}));
+                                                  QStringLiteral("invalid-2025-03-14-091502.json")}));
+    QCOMPARE(readAll(dir.backups() + QStringLiteral("/invalid-2025-03-14-091502.json")),
+             QByteArray("{\"buttons\": 2}"));
     QVERIFY(Config::backupFiles().isEmpty());
+}
+
+void TestBackups::troubleInBackupsFolderLosesNothing_data()
+{
+    QTest::addColumn<Trouble>("trouble");
+    QTest::addColumn<int>("folderMode");       // the backups folder's permissions, 0: left alone
+    QTest::addColumn<qint64>("fileSizeLimit"); // negative: none
+    QTest::addColumn<bool>("written");
+
+    const Trouble none = [](const TempConfigDir&) {};
+    const int readOnly = QFile::ReadOwner | QFile::ExeOwner;
+    const int notListable = QFile::WriteOwner | QFile::ExeOwner;
+    QTest::newRow("file-size limit") << none << 0 << qint64(16) << false;
+    // A copy that does not fit must not push the oldest of forty out.
+    QTest::newRow("file-size limit, forty backups") << Trouble([](const TempConfigDir& dir) {
+        for (int i = 0; i < 38; ++i)
+            QVERIFY(writeAll(
+                dir.backups() + QStringLiteral("/buttons-2025-03-13-%1.json").arg(i, 6, 10, QLatin1Char('0')),
+                document(10 + i)));
+    }) << 0 << qint64(16) << false;
+    QTest::newRow("read-only folder") << none << readOnly << qint64(-1) << false;
+    QTest::newRow("writable, not listable") << none << notListable << qint64(-1) << true;
+    // Named as the newest, with a stamp in the future that would hold back every unforced snapshot.
+    QTest::newRow("folder named like a backup") << Trouble([](const TempConfigDir& dir) {
+        QVERIFY(QDir().mkpath(dir.backups() + QStringLiteral("/buttons-2099-01-01-000000.json/x")));
+    }) << 0 << qint64(-1) << true;
+    QTest::newRow("FIFO named like a backup") << Trouble([](const TempConfigDir& dir) {
+        const QString fifo = dir.backups() + QStringLiteral("/buttons-2099-01-01-000000.json");
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    }) << 0 << qint64(-1) << true;
+    QTest::newRow("backups is a file") << Trouble([](const TempConfigDir& dir) {
+        QVERIFY(QDir(dir.backups()).removeRecursively() && writeAll(dir.backups(), "mine"));
+    }) << 0 << qint64(-1) << false;
+}
+
+void TestBackups::troubleInBackupsFolderLosesNothing()
+{
+    QFETCH(Trouble, trouble);
+    QFETCH(int, folderMode);
+    QFETCH(qint64, fileSizeLimit);
+    QFETCH(bool, written);
+    TempConfigDir dir;
+    QVERIFY(QDir().mkpath(dir.backups()));
+    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-14-080000.json"), document(1)));
+    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-14-081000.json"), document(2)));
+    QVERIFY(writeAll(dir.buttonsJson(), document(3)));
+    trouble(dir);
+    const QMap<QString, QByteArray> before = filesUnder(dir.path());
+    if (folderMode)
+        QVERIFY(QFile::setPermissions(dir.backups(), QFile::Permissions(folderMode)));
+
+    QCOMPARE(inChild(
+                 dir.path(), [] { return Config::snapshot(false, t0) ? 1 : 0; }, fileSizeLimit),
+             written ? 1 : 0);
+    openUp(dir.path());
+    QMap<QString, QByteArray> after = filesUnder(dir.path());
+    if (written)
+        QCOMPARE(after.take(QStringLiteral("backups/buttons-2025-03-14-091500.json")), document(3));
+    QCOMPARE(after, before);
 }
 
 void TestBackups::keepsFortyNewestAndNeverCountsInvalidOnes()

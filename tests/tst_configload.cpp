@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTest>
+#include <sys/stat.h>
 
 class TestConfigLoad : public QObject
 {
@@ -18,6 +19,8 @@ private Q_SLOTS:
     void unreadableFileWithoutBackupsIsLeftAlone_data();
     void unreadableFileWithoutBackupsIsLeftAlone();
     void unreadableFileRestoresNewestGoodBackup();
+    void recoveryOverwritesOnlyWhatIsKept_data();
+    void recoveryOverwritesOnlyWhatIsKept();
     void saveIsAtomicAndKeepsLinksAndPermissions();
     void unusableFolderFallsBackToDefaults();
 };
@@ -59,7 +62,12 @@ QByteArray goodDocument(const char* title)
     return QByteArray(R"({"buttons":[{"title":")") + title + R"(","symbol":"","action":"open"}]})";
 }
 
+/// What a row does to the configuration folder after a broken buttons.json and a good backup are in place.
+using Trouble = std::function<void(const TempConfigDir&)>;
+
 } // namespace
+
+Q_DECLARE_METATYPE(Trouble)
 
 void TestConfigLoad::folderFollowsEnvironment()
 {
@@ -169,6 +177,74 @@ void TestConfigLoad::unreadableFileRestoresNewestGoodBackup()
     QCOMPARE(readAll(dir.buttonsJson()), good); // the backup's own bytes, not re-encoded
     QCOMPARE(readAll(dir.backups() + QStringLiteral("/invalid-2025-03-14-120000.json")), QByteArray("[]"));
     QCOMPARE(Config::backupFiles().size(), 3); // no regular backup was added
+}
+
+void TestConfigLoad::recoveryOverwritesOnlyWhatIsKept_data()
+{
+    QTest::addColumn<Trouble>("trouble");
+    QTest::addColumn<bool>("replaced");       // buttons.json now holds the backup's bytes
+    QTest::addColumn<QStringList>("invalid"); // the "invalid-" copies afterwards
+
+    const QString kept = QStringLiteral("invalid-2025-03-13-090000.json");
+    const QString made = QStringLiteral("invalid-2025-03-14-120000.json");
+    const auto keepBroken = [](const TempConfigDir& dir) {
+        QVERIFY(writeAll(dir.backups() + QStringLiteral("/invalid-2025-03-13-090000.json"), "{broken"));
+    };
+    const auto readOnlyBackups = [](const TempConfigDir& dir) {
+        QVERIFY(QFile::setPermissions(dir.backups(), QFile::ReadOwner | QFile::ExeOwner));
+    };
+    QTest::newRow("copy made") << Trouble([](const TempConfigDir&) {}) << true << QStringList{made};
+    QTest::newRow("read-only backups folder") << Trouble(readOnlyBackups) << false << QStringList{};
+    QTest::newRow("unreadable file") << Trouble([](const TempConfigDir& dir) {
+        QVERIFY(QFile::setPermissions(dir.buttonsJson(), QFile::WriteOwner));
+    }) << false << QStringList{};
+    // A start that meets the same broken bytes again adds no second copy, and the one there is enough.
+    QTest::newRow("same bytes kept before") << Trouble(keepBroken) << true << QStringList{kept};
+    QTest::newRow("same bytes kept, read-only folder") << Trouble([=](const TempConfigDir& dir) {
+        keepBroken(dir);
+        readOnlyBackups(dir);
+    }) << true << QStringList{kept};
+    QTest::newRow("buttons.json is a folder") << Trouble([](const TempConfigDir& dir) {
+        QVERIFY(QFile::remove(dir.buttonsJson()) && QDir().mkpath(dir.buttonsJson()));
+    }) << false << QStringList{};
+    QTest::newRow("buttons.json is a FIFO") << Trouble([](const TempConfigDir& dir) {
+        QVERIFY(QFile::remove(dir.buttonsJson()));
+        QCOMPARE(::mkfifo(QFile::encodeName(dir.buttonsJson()).constData(), 0600), 0);
+    }) << false << QStringList{};
+}
+
+void TestConfigLoad::recoveryOverwritesOnlyWhatIsKept()
+{
+    QFETCH(Trouble, trouble);
+    QFETCH(bool, replaced);
+    QFETCH(QStringList, invalid);
+    TempConfigDir dir;
+    QVERIFY(QDir().mkpath(dir.backups()));
+    const QByteArray good = goodDocument("Good");
+    const QString backup = dir.backups() + QStringLiteral("/buttons-2025-03-12-080000.json");
+    QVERIFY(writeAll(backup, good));
+    QVERIFY(writeAll(dir.buttonsJson(), "{broken"));
+    trouble(dir);
+    const bool wasFile = QFileInfo(dir.buttonsJson()).isFile();
+
+    StderrCapture log;
+    const int code = inChild(dir.path(), [&] {
+        const Config::Loaded loaded = Config::loadDocument(noon);
+        const bool known = loaded.knownBytes == std::optional<QByteArray>(good);
+        return loaded.config.buttons.first().title == QStringLiteral("Good") && known == replaced ? 0 : 1;
+    });
+    QCOMPARE(code, 0);
+    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable; restored the newest backup "
+                                        "buttons-2025-03-12-080000.json\n"));
+    openUp(dir.path());
+    QCOMPARE(QFileInfo(dir.buttonsJson()).isFile(), wasFile);
+    if (wasFile)
+        QCOMPARE(readAll(dir.buttonsJson()), replaced ? good : QByteArray("{broken"));
+    QStringList left = entries(dir.backups());
+    left.removeOne(QFileInfo(backup).fileName());
+    QCOMPARE(left, invalid);
+    for (const QString& name : invalid)
+        QCOMPARE(readAll(dir.backups() + QLatin1Char('/') + name), QByteArray("{broken"));
 }
 
 void TestConfigLoad::saveIsAtomicAndKeepsLinksAndPermissions()

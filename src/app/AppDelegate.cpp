@@ -80,7 +80,7 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
 {
-    m_document = std::make_unique<ConfigDocument>(Config::load());
+    m_document = std::make_unique<ConfigDocument>(Config::loadDocument());
     m_document->setBeep([this] { m_platform->beeper().beep(); });
     m_document->setAfterChange([this] {
         m_drag.setCanUndo(m_document->canUndo());

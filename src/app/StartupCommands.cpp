@@ -6,13 +6,25 @@
 
 #include <QDir>
 
+namespace {
+
+/// The variable may come from a script or a desktop entry: it names one of the backups, and a path
+/// ("../elsewhere.json", "/tmp/x.json") would put any file on disk in place of the configuration.
+bool isBackupName(const QString& name)
+{
+    return !name.isEmpty() && !name.contains(QLatin1Char('/')) && name != QLatin1String(".") &&
+           name != QLatin1String("..");
+}
+
+} // namespace
+
 namespace StartupCommands {
 
 void applyConfigCommands(ConfigDocument& document, const QProcessEnvironment& environment)
 {
     if (environment.contains(QStringLiteral("VANTRIL_RESTORE"))) {
         const QString name = environment.value(QStringLiteral("VANTRIL_RESTORE"));
-        if (!name.isEmpty())
+        if (isBackupName(name))
             document.restore(QDir(Config::backupsDir()).filePath(name));
     }
     if (environment.contains(QStringLiteral("VANTRIL_REMOVE_PRESET")))

@@ -83,41 +83,50 @@ QByteArray encoded(const BarConfig& config)
     return ConfigWriter::write(config);
 }
 
-void save(const BarConfig& config)
+std::optional<QByteArray> save(const BarConfig& config)
 {
     FileIO::makeFolder(dir());
-    FileIO::write(buttonsPath(), encoded(config));
+    QByteArray bytes = encoded(config);
+    if (!FileIO::write(buttonsPath(), bytes))
+        return std::nullopt;
+    return bytes;
 }
 
-BarConfig load(const QDateTime& now)
+Loaded loadDocument(const QDateTime& now)
 {
     const QString path = buttonsPath();
-    if (const auto bytes = FileIO::read(path)) {
+    const auto bytes = FileIO::read(path);
+    if (bytes) {
         if (auto config = ConfigReader::decode(*bytes))
-            return *config;
+            return {*config, bytes};
     }
 
     if (!QFileInfo::exists(path)) {
         snapshot(false, now);
-        save(defaults());
-        return defaults();
+        return {defaults(), save(defaults())};
     }
 
-    snapshot(true, now); // keeps the unreadable file as an "invalid-" copy
+    const bool kept = keepCopy(now); // an "invalid-" copy of what does not decode
     for (const QString& backup : backupFiles()) {
-        const auto bytes = FileIO::read(backup);
-        if (!bytes)
+        const auto backupBytes = FileIO::read(backup);
+        if (!backupBytes)
             continue;
-        if (auto config = ConfigReader::decode(*bytes)) {
+        if (auto config = ConfigReader::decode(*backupBytes)) {
             Log::line(QStringLiteral("buttons.json was unreadable; restored the newest backup ") +
                       QFileInfo(backup).fileName());
-            FileIO::write(path, *bytes);
-            return *config;
+            if (kept && FileIO::write(path, *backupBytes))
+                return {*config, backupBytes};
+            return {*config, std::nullopt};
         }
     }
     Log::line(QStringLiteral(
         "buttons.json was unreadable and there is no backup; using defaults without overwriting it"));
-    return defaults();
+    return {defaults(), std::nullopt};
+}
+
+BarConfig load(const QDateTime& now)
+{
+    return loadDocument(now).config;
 }
 
 } // namespace Config

@@ -8,8 +8,13 @@
 #include "dragdrop/Editing.h"
 
 ConfigDocument::ConfigDocument(const BarConfig& loaded, Clock clock)
-    : m_cfg(loaded)
-    , m_lastSaved(loaded)
+    : ConfigDocument(Config::Loaded{loaded, std::nullopt}, std::move(clock))
+{}
+
+ConfigDocument::ConfigDocument(const Config::Loaded& loaded, Clock clock)
+    : m_cfg(loaded.config)
+    , m_lastSaved(loaded.config)
+    , m_knownBytes(loaded.knownBytes)
     , m_clock(std::move(clock))
 {}
 
@@ -38,11 +43,23 @@ void ConfigDocument::undo()
 
 void ConfigDocument::save()
 {
-    // buttons.json still holds the previous state, which is what the backup keeps.
-    Config::snapshot(false, m_clock());
-    Config::save(m_cfg);
+    if (mayOverwrite()) {
+        if (auto written = Config::save(m_cfg))
+            m_knownBytes = std::move(written);
+    }
     if (m_afterChange)
         m_afterChange();
+}
+
+bool ConfigDocument::mayOverwrite()
+{
+    // Comparing only now, when a write is due, costs one small read per save and nothing while idle.
+    if (const auto onDisk = FileIO::read(Config::buttonsPath()); onDisk && onDisk == m_knownBytes) {
+        // buttons.json still holds the previous state, which is what the backup keeps.
+        Config::snapshot(false, m_clock());
+        return true;
+    }
+    return Config::keepCopy(m_clock());
 }
 
 bool ConfigDocument::restore(const QString& path)

@@ -2,18 +2,28 @@
 
 #include "config/BarConfig.h"
 #include "config/Clock.h"
+#include "config/Config.h"
 
+#include <QByteArray>
 #include <QList>
 #include <functional>
+#include <optional>
 
 /// The configuration being edited, the configuration last saved, and the undo history.
 ///
 /// Every change goes the same way: edit `cfg()` with the editing primitives, then `commit()`, which
 /// records the undo step, backs up the previous file (throttled), saves, and tells the bar to rebuild.
+///
+/// The document remembers the bytes it last wrote or loaded. A save that would overwrite other bytes (a
+/// hand edit, a foreign or unreadable file) backs them up first whatever the throttle, and is skipped
+/// when no copy can be made: no undo step leads back to them, so the backup is their only way back. A
+/// failed save is silent and leaves the file on disk as it was; the document in memory stays authoritative.
 class ConfigDocument
 {
 public:
+    /// A document that knows nothing of the file on disk, which is backed up before it is first replaced.
     explicit ConfigDocument(const BarConfig& loaded, Clock clock = systemNow);
+    explicit ConfigDocument(const Config::Loaded& loaded, Clock clock = systemNow);
 
     BarConfig& cfg() { return m_cfg; }
     const BarConfig& cfg() const { return m_cfg; }
@@ -35,7 +45,7 @@ public:
     /// false (and nothing changed) when the file cannot be read or decoded.
     bool restore(const QString& path);
     /// Shows a document edited by hand: it becomes the current and the last saved one, with no undo
-    /// step and no backup, as the file already holds it.
+    /// step and no backup now, as the file already holds it; the save that replaces it backs it up first.
     void adoptExternal(const BarConfig& edited);
     /// A forced backup of the file on disk.
     void backupNow();
@@ -51,10 +61,13 @@ public:
 
 private:
     void save();
+    /// Backs up what buttons.json holds, as the rules above say; false when it must not be written over.
+    bool mayOverwrite();
 
     BarConfig m_cfg;
     BarConfig m_lastSaved;
     QList<BarConfig> m_history;
+    std::optional<QByteArray> m_knownBytes;
     Clock m_clock;
     std::function<void()> m_afterChange;
     std::function<void()> m_beep;

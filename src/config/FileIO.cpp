@@ -9,6 +9,8 @@ namespace FileIO {
 
 std::optional<QByteArray> read(const QString& path)
 {
+    if (!QFileInfo(path).isFile())
+        return std::nullopt;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
@@ -25,13 +27,27 @@ bool write(const QString& path, const QByteArray& bytes)
     const QFileInfo info(path);
     const QString target = info.isSymLink() ? info.symLinkTarget() : path;
     QSaveFile file(target);
-    if (!file.open(QIODevice::WriteOnly))
+    // WORKAROUND: Qt 6.4's buffered QSaveFile reports every byte written and commits successfully when the
+    // flush inside commit() fails, so a full disk or a file-size limit renamed a truncated file over the
+    // document. Unbuffered, a short write shows in write()'s count before anything is committed.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return false;
-    if (file.write(bytes) != bytes.size()) {
+    if (file.write(bytes) != bytes.size() || file.error() != QFileDevice::NoError ||
+        file.size() != bytes.size()) {
         file.cancelWriting();
         return false;
     }
     return file.commit();
+}
+
+bool writeVerified(const QString& path, const QByteArray& bytes)
+{
+    if (!write(path, bytes))
+        return false;
+    if (read(path) == bytes)
+        return true;
+    QFile::remove(path);
+    return false;
 }
 
 bool makeFolder(const QString& path)
