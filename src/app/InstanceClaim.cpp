@@ -65,7 +65,6 @@ std::optional<int> handOver(const QString& socketPath, const QStringList& argume
     return reply->status;
 }
 
-/// Asked only when needed: the fallback folder is made on first use.
 QString socketPathOf(const QString& dir)
 {
     return InstancePaths::socketPath(dir, qEnvironmentVariable("XDG_RUNTIME_DIR"), QDir::tempPath());
@@ -106,7 +105,7 @@ InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand
                 Log::line(
                     QStringLiteral("vantril: cannot make a lock file in \"%1\" (%2); running without one")
                         .arg(QDir::toNativeSeparators(dir), lockError(lock->error())));
-                claim.m_socketPath = socketPathOf(dir);
+                claim.m_dir = dir;
             }
             return claim;
         }
@@ -135,8 +134,13 @@ InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand
         return claim;
     }
     claim.m_lock = std::move(lock);
-    claim.m_socketPath = socketPathOf(dir);
+    claim.m_dir = dir;
     return claim;
+}
+
+QString InstanceClaim::socketPath() const
+{
+    return socketPathOf(m_dir);
 }
 
 void InstanceClaim::release()

@@ -20,12 +20,13 @@ public:
     /// Set when this process is done: its command went to the running bar, or needed no bar at all.
     std::optional<int> exitStatus() const { return m_exitStatus; }
     /// Where this bar listens for commands; empty when the user has no private folder for a socket.
-    const QString& socketPath() const { return m_socketPath; }
+    /// Asked only when needed: the fallback folder is made on first use.
+    QString socketPath() const;
     /// Lets the folder go, for the next bar. Commands must no longer be taken by then.
     void release();
 
 private:
     std::optional<int> m_exitStatus;
     std::unique_ptr<QLockFile> m_lock;
-    QString m_socketPath;
+    QString m_dir;
 };
