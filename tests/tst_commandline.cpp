@@ -1,8 +1,15 @@
 #include "TestSupport.h"
+#include "app/BarCommand.h"
 #include "app/CommandLine.h"
+#include "app/InstancePaths.h"
+#include "app/InstanceProtocol.h"
 #include "config/Config.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
 #include <QTest>
+#include <unistd.h>
 
 class TestCommandLine : public QObject
 {
@@ -12,9 +19,23 @@ private Q_SLOTS:
     void parseKeysPrintsCodesOrInvalid();
     void checkReportsWhereTheFileIsWrong();
     void switchesAreAnsweredOrIgnored();
+    void commandWordsForTheBar_data();
+    void commandWordsForTheBar();
+    void channelLinesDecodeOrAreRefused_data();
+    void channelLinesDecodeOrAreRefused();
+    void socketIsPrivateAndNamedAfterTheFolder_data();
+    void socketIsPrivateAndNamedAfterTheFolder();
 };
 
 namespace {
+
+QStringList words(std::initializer_list<const char*> list)
+{
+    QStringList result;
+    for (const char* word : list)
+        result.append(QString::fromUtf8(word));
+    return result;
+}
 
 std::pair<std::optional<int>, QString> run(const QStringList& arguments)
 {
@@ -78,10 +99,170 @@ void TestCommandLine::switchesAreAnsweredOrIgnored()
     const auto help = run({QStringLiteral("--help")});
     QCOMPARE(help.first, std::optional<int>(0));
     QVERIFY(help.second.contains(QStringLiteral("--parse-keys")));
+    QVERIFY(help.second.contains(QStringLiteral("--open TITLE")));
     QCOMPARE(run({}).first, std::nullopt);
     QCOMPARE(run({QStringLiteral("--unknown"), QStringLiteral("file.txt")}).first, std::nullopt);
     // The probe switches are for the running program, not answered here.
     QCOMPARE(run({QStringLiteral("--probe")}).first, std::nullopt);
+}
+
+void TestCommandLine::commandWordsForTheBar_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("kind"); // -1: no command, one line instead
+    QTest::addColumn<QString>("title");
+    using Kind = BarCommand::Kind;
+    QTest::newRow("plain start shows") << words({}) << int(Kind::Show) << QString();
+    QTest::newRow("unknown words ignored") << words({"--frobnicate", "x"}) << int(Kind::Show) << QString();
+    QTest::newRow("toggle") << words({"--toggle"}) << int(Kind::Toggle) << QString();
+    QTest::newRow("first command decides") << words({"--hide", "--show"}) << int(Kind::Hide) << QString();
+    QTest::newRow("quit after a stray word") << words({"x", "--quit"}) << int(Kind::Quit) << QString();
+    QTest::newRow("open a title") << words({"--open", "Files"}) << int(Kind::Open) << QStringLiteral("Files");
+    QTest::newRow("title as written")
+        << words({"--open", "--quit"}) << int(Kind::Open) << QStringLiteral("--quit");
+    QTest::newRow("open without title") << words({"--toggle=no", "--open"}) << -1 << QString();
+    QTest::newRow("open with empty title") << words({"--open", ""}) << -1 << QString();
+}
+
+void TestCommandLine::commandWordsForTheBar()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, kind);
+    QFETCH(QString, title);
+    const BarCommand::Parsed parsed = BarCommand::parse(arguments);
+    if (kind < 0) {
+        QVERIFY(!parsed.command);
+        QCOMPARE(parsed.error, QStringLiteral("vantril: --open needs the title of a button"));
+        return;
+    }
+    QVERIFY2(parsed.command, qPrintable(parsed.error));
+    QCOMPARE(*parsed.command, (BarCommand{BarCommand::Kind(kind), title}));
+}
+
+void TestCommandLine::channelLinesDecodeOrAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QVariant>("arguments"); // invalid: refused, with a line that says `why`
+    QTest::addColumn<QString>("why");
+    QTest::addColumn<int>("status"); // -1: not a reply
+    QTest::addColumn<QString>("message");
+    const QStringList awkward = words({"--open", "Fotos \"2024\"\n\u00e9\U0001F600", ""});
+    const QString unreadable = QStringLiteral("could not read");
+    const QString titled = QStringLiteral("vantril: no button is titled \"a\nb\"");
+    using InstanceProtocol::encodeReply;
+    using InstanceProtocol::encodeRequest;
+    QTest::newRow("request") << encodeRequest(awkward) << QVariant(awkward) << QString() << -1 << QString();
+    QTest::newRow("empty request") << encodeRequest({}) << QVariant(QStringList()) << QString() << -1
+                                   << QString();
+    QTest::newRow("newer version") << QByteArray(R"({"version":2,"arguments":[]})") << QVariant()
+                                   << QStringLiteral("not of version 2") << -1 << QString();
+    QTest::newRow("no version") << QByteArray(R"({"arguments":["--show"]})") << QVariant() << unreadable << -1
+                                << QString();
+    QTest::newRow("word not text") << QByteArray(R"({"version":1,"arguments":[1]})") << QVariant()
+                                   << unreadable << -1 << QString();
+    QTest::newRow("not JSON") << QByteArray("--toggle\n") << QVariant() << unreadable << -1 << QString();
+    QTest::newRow("too long") << encodeRequest({QString(70000, QLatin1Char('x'))}) << QVariant() << unreadable
+                              << -1 << QString();
+    QTest::newRow("reply") << encodeReply({1, titled}) << QVariant() << unreadable << 1 << titled;
+    QTest::newRow("silent reply") << encodeReply({0, {}}) << QVariant() << unreadable << 0 << QString();
+    QTest::newRow("status no shell sees")
+        << QByteArray(R"({"status":256})") << QVariant() << unreadable << -1 << QString();
+    QTest::newRow("message not text")
+        << QByteArray(R"({"status":0,"message":3})") << QVariant() << unreadable << -1 << QString();
+}
+
+void TestCommandLine::channelLinesDecodeOrAreRefused()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QVariant, arguments);
+    QFETCH(QString, why);
+    QFETCH(int, status);
+    QFETCH(QString, message);
+    // What this program sends is one line, whatever it carries: the line break ends the message.
+    if (line.endsWith('\n'))
+        QCOMPARE(line.count('\n'), 1);
+    const InstanceProtocol::Request request = InstanceProtocol::decodeRequest(line);
+    if (arguments.isValid()) {
+        QCOMPARE(request.arguments, std::optional<QStringList>(arguments.toStringList()));
+    } else {
+        QVERIFY(!request.arguments);
+        QVERIFY2(request.error.startsWith(QStringLiteral("vantril: ")) && request.error.contains(why),
+                 qPrintable(request.error));
+    }
+    const auto expected = status < 0 ? std::nullopt : std::optional(InstanceProtocol::Reply{status, message});
+    QCOMPARE(InstanceProtocol::decodeReply(line), expected);
+}
+
+void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder_data()
+{
+    QTest::addColumn<QString>("spelling"); // of the folder "cfg", or of another one
+    QTest::addColumn<bool>("sameFolder");
+    QTest::addColumn<QString>("runtimeDir"); // "@name": that folder of the test's, else as written
+    QTest::addColumn<QString>("expectedIn"); // "runtime", "fallback", or empty for no socket
+    const QString runtime = QStringLiteral("runtime");
+    const QString fallback = QStringLiteral("fallback");
+    const QString cfg = QStringLiteral("cfg");
+    const QString usable = QStringLiteral("@private");
+    QTest::newRow("runtime folder") << cfg << true << usable << runtime;
+    QTest::newRow("symlinked folder") << QStringLiteral("link") << true << usable << runtime;
+    QTest::newRow("spelled with dots") << QStringLiteral("cfg/../cfg/") << true << usable << runtime;
+    QTest::newRow("another folder") << QStringLiteral("other") << false << usable << runtime;
+    QTest::newRow("folder not made yet") << QStringLiteral("new") << false << usable << runtime;
+    QTest::newRow("no runtime folder") << cfg << true << QString() << fallback;
+    QTest::newRow("relative runtime folder") << cfg << true << QStringLiteral("private") << fallback;
+    QTest::newRow("runtime folder open to others") << cfg << true << QStringLiteral("@open") << fallback;
+    QTest::newRow("runtime folder is a file") << cfg << true << QStringLiteral("@file") << fallback;
+    QTest::newRow("too deep for a socket")
+        << cfg << true << QStringLiteral("@") + QString(90, u'd') << fallback;
+    QTest::newRow("fallback is someone's symlink") << cfg << true << QString() << QString();
+}
+
+void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder()
+{
+    QFETCH(QString, spelling);
+    QFETCH(bool, sameFolder);
+    QFETCH(QString, runtimeDir);
+    QFETCH(QString, expectedIn);
+    QTemporaryDir root;
+    const QDir at(root.path());
+    const auto makePrivate = [&](const QString& name) {
+        return at.mkpath(name) &&
+               QFile::setPermissions(at.filePath(name),
+                                     QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    };
+    for (const char* name : {"cfg", "other", "open"})
+        QVERIFY(at.mkpath(QString::fromUtf8(name)));
+    QVERIFY(QFile::link(at.filePath(QStringLiteral("cfg")), at.filePath(QStringLiteral("link"))));
+    QVERIFY(makePrivate(QStringLiteral("private")) && makePrivate(QStringLiteral("tmp")));
+    QVERIFY(makePrivate(QString(90, u'd')));
+    QVERIFY(writeAll(at.filePath(QStringLiteral("file")), "x"));
+    const QString fallback = at.filePath(QStringLiteral("tmp/vantril-%1").arg(::getuid()));
+    if (expectedIn.isEmpty()) // to a folder as private as can be: only the link itself is wrong
+        QVERIFY(QFile::link(at.filePath(QStringLiteral("private")), fallback));
+    const QString runtime = runtimeDir.startsWith(u'@') ? at.filePath(runtimeDir.mid(1)) : runtimeDir;
+
+    const QString tmp = at.filePath(QStringLiteral("tmp"));
+    const QString path = InstancePaths::socketPath(at.filePath(spelling), runtime, tmp);
+    if (expectedIn.isEmpty()) {
+        QCOMPARE(path, QString());
+        return;
+    }
+    QCOMPARE(QFileInfo(path).absolutePath(), expectedIn == QLatin1String("runtime") ? runtime : fallback);
+    QVERIFY2(
+        QFileInfo(path).fileName().contains(QRegularExpression(QStringLiteral("^vantril-[0-9a-f]{16}$"))),
+        qPrintable(path));
+    QCOMPARE(path == InstancePaths::socketPath(at.filePath(QStringLiteral("cfg")), runtime, tmp), sameFolder);
+    QVERIFY(QFile::encodeName(path).size() < 108); // fits a socket address
+    // Made private at once: a folder others could enter would let them reach the bar.
+    constexpr QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                          QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    if (expectedIn == QLatin1String("fallback"))
+        QCOMPARE(QFileInfo(fallback).permissions() & others, QFile::Permissions());
+    // Every spelling of the folder meets the same lock.
+    const QFileInfo lockFolder(QFileInfo(InstancePaths::lockFile(at.filePath(spelling))).absolutePath());
+    QCOMPARE(lockFolder.canonicalFilePath() ==
+                 QFileInfo(at.filePath(QStringLiteral("cfg"))).canonicalFilePath(),
+             sameFolder);
 }
 
 QTEST_APPLESS_MAIN(TestCommandLine)

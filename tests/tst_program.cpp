@@ -1,5 +1,6 @@
 #include "TestSupport.h"
 
+#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 
@@ -73,6 +74,22 @@ void TestProgram::withoutDisplayItSaysSoAndStops()
     const Outcome refused = runProgram({}, unreachable);
     QCOMPARE(refused.status, 1);
     QCOMPARE(refused.err, QStringLiteral("vantril: cannot open the X display \":4711\"\n"));
+
+    // Hiding or ending a bar that does not run needs no display, and makes nothing for it.
+    auto absent = cleanEnvironment(dir);
+    absent.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), dir.file(QStringLiteral("absent")));
+    for (const auto& environment : {absent, cleanEnvironment(dir)}) {
+        for (const QString& word : {QStringLiteral("--hide"), QStringLiteral("--quit")}) {
+            const Outcome done = runProgram({word}, environment);
+            QCOMPARE(done.status, 0);
+            QCOMPARE(done.err, QString());
+        }
+    }
+    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("absent"))));
+    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("vantril.lock"))));
+    const Outcome untitled = runProgram({QStringLiteral("--open")}, cleanEnvironment(dir));
+    QCOMPARE(untitled.status, 1);
+    QCOMPARE(untitled.err, QStringLiteral("vantril: --open needs the title of a button\n"));
 
     // The command line still works without one.
     const Outcome check = runProgram({QStringLiteral("--check"), dir.file(QStringLiteral("missing.json"))},

@@ -1,5 +1,6 @@
 // The real program's shell against a real X server and window manager (openbox, no compositor): hiding
-// and showing the bar by pointer and hot key, its menu, its tray icon and its update check, observed
+// and showing the bar by pointer, hot key and command line, one bar per configuration folder, its menu,
+// its tray icon and its update check, observed
 // from the outside with xprop, xdotool, xset and the server's own answers. Runs inside
 // tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of its own.
 // Screenshots of the menus and of the update window are saved to $VANTRIL_TEST_SCREENSHOTS when set.
@@ -7,6 +8,7 @@
 #include "BarLayout.h"
 #include "RunningBar.h"
 #include "TestSupport.h"
+#include "app/InstancePaths.h"
 #include "app/MenuModel.h"
 #include "app/Updater.h"
 
@@ -103,6 +105,55 @@ bool fullyShown(quintptr bar)
            shapeOf(window, XCB_SHAPE_SK_BOUNDING).contains(inside.center());
 }
 
+/// A command line run to its end: what it printed, and how long it took.
+struct Ran
+{
+    int status = -1;
+    QString out;
+    QString err;
+    qint64 ms = 0;
+};
+
+Ran run(const TestHome& home, const QStringList& arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(home.environment(withoutFrontApp()));
+    QElapsedTimer clock;
+    clock.start();
+    process.start(QStringLiteral(VANTRIL_BINARY), arguments);
+    const bool ended = process.waitForFinished(windowTimeoutMs);
+    const qint64 ms = clock.elapsed();
+    if (!ended) {
+        process.kill();
+        process.waitForFinished();
+    }
+    return {ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError()), ms};
+}
+
+/// Bars on screen, whichever process shows them.
+int barsShown()
+{
+    const QList<quintptr> windows = clientWindows();
+    return int(std::count_if(windows.begin(), windows.end(), [](quintptr window) {
+        return windowName(window) == QStringLiteral("Vantril") && isViewable(window);
+    }));
+}
+
+/// Whether the open flyout of `vantril` hangs above the chip titled `title` of `config`.
+bool flyoutOn(RunningBar& vantril, const QString& title, const BarConfig& config = Config::defaults())
+{
+    const auto flyout = vantril.shownFlyout();
+    const QRectF chip = layoutOf(config).chips.value(title);
+    const QRect barFrame = frameOf(vantril.bar());
+    if (!flyout || chip.isEmpty())
+        return false;
+    const QRect frame = frameOf(*flyout);
+    return qAbs(frame.x() + frame.width() / 2.0 - (barFrame.x() + chip.center().x())) <= 2 &&
+           frame.bottom() + 1 == barFrame.y() - 4;
+}
+
 /// A tiny HTTP server for the update feed: one fixed answer to every request, and the requests it saw.
 class FeedServer : public QObject
 {
@@ -155,6 +206,9 @@ private Q_SLOTS:
     void autoHideLetsClicksThroughAndRestBringsItBack();
     void hotKeyTogglesAlsoWithNumLock();
     void editedHotKeyReplacesTheOldOne();
+    void commandsReachTheRunningBar();
+    void commandsStartTheBarWhenNoneRuns();
+    void oneBarPerFolderAfterACrashBesideOthersAndWithoutALock();
     void barMenuTogglesLaunchAtLoginAndQuits();
     void trayIconOpensTheMenuAndGoesAway();
     void updateCheckReportsTheNewerVersion();
@@ -322,6 +376,122 @@ void TestShellEndToEnd::editedHotKeyReplacesTheOldOne()
     QVERIFY2(waitFor([&] { return readLog().contains(message); }), qPrintable(vantril.log()));
     QCOMPARE(readLog().count(message), 1);
     QVERIFY(vantril.isRunning());
+}
+
+void TestShellEndToEnd::commandsReachTheRunningBar()
+{
+    RunningBar vantril(*m_home, withoutFrontApp());
+    const auto bar = vantril.waitForBar(m_defaultWidth);
+    QVERIFY2(bar, "no bar window appeared");
+    QVERIFY(waitFor([&] { return fullyShown(*bar); }));
+
+    // A second start hands its command line over and ends within a second of what any start of the
+    // program takes on this machine; the first bar stays the only one.
+    const Ran version = run(*m_home, {QStringLiteral("--version")});
+    const Ran second = run(*m_home, {});
+    QCOMPARE(second.status, 0);
+    QVERIFY2(second.ms <= version.ms + 1000,
+             qPrintable(QStringLiteral("%1 ms, --version %2 ms").arg(second.ms).arg(version.ms)));
+    QCOMPARE(barsShown(), 1);
+    QVERIFY(vantril.isRunning());
+
+    const QList<std::pair<QStringList, bool>> steps = {
+        {{QStringLiteral("--toggle")}, false}, {{QStringLiteral("--toggle")}, true},
+        {{QStringLiteral("--hide")}, false},   {{QStringLiteral("--show")}, true},
+        {{QStringLiteral("--hide")}, false},   {{}, true}, // a plain start shows the running bar
+    };
+    for (const auto& [arguments, shown] : steps) {
+        const Ran ran = run(*m_home, arguments);
+        QCOMPARE(ran.status, 0);
+        QCOMPARE(ran.err, QString());
+        QVERIFY2(waitFor([&] { return shown ? fullyShown(*bar) : fullyHidden(*bar); }),
+                 qPrintable(QStringLiteral("after \"vantril %1\"").arg(arguments.join(u' '))));
+    }
+
+    QCOMPARE(run(*m_home, {QStringLiteral("--open"), QStringLiteral("Files")}).status, 0);
+    QVERIFY2(waitFor([&] { return flyoutOn(vantril, QStringLiteral("Files")); }),
+             "--open Files opened nothing");
+    const Ran unknown = run(*m_home, {QStringLiteral("--open"), QStringLiteral("nosuchtitle")});
+    QCOMPARE(unknown.status, 1);
+    QCOMPARE(unknown.err, QStringLiteral("vantril: no button is titled \"nosuchtitle\"\n"));
+
+    // The answer comes once the bar has let its folder go.
+    QCOMPARE(run(*m_home, {QStringLiteral("--quit")}).status, 0);
+    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "--quit left the bar running");
+    QCOMPARE(vantril.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(vantril.process().exitCode(), 0);
+    QVERIFY(!QFileInfo::exists(InstancePaths::lockFile(m_home->configDir())));
+}
+
+void TestShellEndToEnd::commandsStartTheBarWhenNoneRuns()
+{
+    // No bar to hide or end: nothing starts, and nothing is written.
+    for (const QString& word : {QStringLiteral("--hide"), QStringLiteral("--quit")}) {
+        const Ran ran = run(*m_home, {word});
+        QCOMPARE(ran.status, 0);
+        QCOMPARE(ran.err, QString());
+    }
+    QVERIFY(!QFileInfo::exists(m_home->configDir()));
+    const Ran unknown = run(*m_home, {QStringLiteral("--open"), QStringLiteral("nosuchtitle")});
+    QCOMPARE(unknown.status, 1);
+    QCOMPARE(unknown.err, QStringLiteral("vantril: no button is titled \"nosuchtitle\"\n"));
+    QCOMPARE(barsShown(), 0);
+
+    // The start becomes the bar, and opens the stack from its chip once it is laid out.
+    RunningBar vantril(*m_home, withoutFrontApp(), QStringLiteral(VANTRIL_BINARY),
+                       {QStringLiteral("--open"), QStringLiteral("Apps")});
+    const auto bar = vantril.waitForBar(m_defaultWidth);
+    QVERIFY2(bar, "no bar window appeared");
+    QVERIFY2(waitFor([&] { return flyoutOn(vantril, QStringLiteral("Apps")); }),
+             "--open Apps opened nothing");
+    QVERIFY(fullyShown(*bar));
+    QCOMPARE(run(*m_home, {QStringLiteral("--quit")}).status, 0);
+    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "--quit left the bar running");
+}
+
+void TestShellEndToEnd::oneBarPerFolderAfterACrashBesideOthersAndWithoutALock()
+{
+    const QString socket = InstancePaths::socketPath(
+        m_home->configDir(), qEnvironmentVariable("XDG_RUNTIME_DIR"), QDir::tempPath());
+    const QString lock = InstancePaths::lockFile(m_home->configDir());
+    {
+        RunningBar crashed(*m_home, withoutFrontApp());
+        QVERIFY2(crashed.waitForBar(m_defaultWidth), "no bar window appeared");
+        QVERIFY(waitFor([&] { return QFileInfo::exists(socket); }));
+        crashed.stop(); // SIGKILL: nothing is cleaned up
+    }
+    QVERIFY(QFileInfo::exists(lock) && QFileInfo::exists(socket));
+
+    RunningBar vantril(*m_home, withoutFrontApp());
+    const auto bar = vantril.waitForBar(m_defaultWidth);
+    QVERIFY2(bar, "no bar took over from the crashed one");
+    QCOMPARE(run(*m_home, {QStringLiteral("--toggle")}).status, 0);
+    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "the bar that took over does not take commands");
+
+    // Another folder has a bar of its own beside it, and its own commands.
+    TestHome other;
+    RunningBar beside(other, withoutFrontApp());
+    QVERIFY2(beside.waitForBar(m_defaultWidth), "no bar for the second folder");
+    QCOMPARE(barsShown(), 2);
+    QCOMPARE(run(other, {QStringLiteral("--quit")}).status, 0);
+    QVERIFY2(beside.process().waitForFinished(windowTimeoutMs), "--quit left the second bar running");
+    QVERIFY(vantril.isRunning());
+    QVERIFY(fullyHidden(*bar));
+
+    // A "folder" that is a file cannot hold a lock: its bar runs all the same, says so, and takes commands.
+    TestHome broken;
+    QVERIFY(writeAll(broken.configDir(), "not a folder"));
+    RunningBar unlocked(broken, withoutFrontApp());
+    QVERIFY2(unlocked.waitForBar(m_defaultWidth), "no bar without a lock");
+    const QString line = QStringLiteral("vantril: cannot make a lock file in \"%1\" (it cannot be created); "
+                                        "running without one\n")
+                             .arg(broken.configDir());
+    QVERIFY2(waitFor([&] { return unlocked.log().contains(line); }), qPrintable(unlocked.log()));
+    QCOMPARE(run(broken, {}).status, 0);
+    QCOMPARE(barsShown(), 2);
+    QCOMPARE(run(broken, {QStringLiteral("--quit")}).status, 0);
+    QVERIFY2(unlocked.process().waitForFinished(windowTimeoutMs), "--quit left the unlocked bar running");
+    QCOMPARE(unlocked.log().count(line), 1);
 }
 
 void TestShellEndToEnd::barMenuTogglesLaunchAtLoginAndQuits()

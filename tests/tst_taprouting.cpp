@@ -59,6 +59,15 @@ void TestTapRouting::barTapsOpenCloseOrRun()
         Kind::Run);
     QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind,
              Kind::Run);
+
+    // A tap asked for by a command hangs from the chip, the chip of its stack, or the first place.
+    BarConfig config;
+    config.buttons = {button(QStringLiteral("Help"), QStringLiteral("url")), stack};
+    const QHash<QString, QRectF> frames{{QStringLiteral("Help"), QRectF(12, 0, 60, 40)},
+                                        {QStringLiteral("Files"), QRectF(80, 0, 70, 40)}};
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("Files")), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("a")), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("in a set")), QRectF(12, 0, 100, 40));
 }
 
 void TestTapRouting::flyoutRowsWalkListingsInPlace()

@@ -78,7 +78,7 @@ AppDelegate::~AppDelegate()
     m_panel.reset();
 }
 
-void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
+void AppDelegate::loadConfiguration()
 {
     m_document = std::make_unique<ConfigDocument>(Config::loadDocument());
     m_document->setBeep([this] { m_platform->beeper().beep(); });
@@ -91,7 +91,10 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     // was kept by the load already; a second copy a second later would only pile up.
     if (const auto bytes = FileIO::read(Config::buttonsPath()); bytes && ConfigReader::decode(*bytes))
         Config::snapshot(true);
+}
 
+void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
+{
     createBar(environment.contains(QStringLiteral("VANTRIL_TOP")));
     m_menus = new ShellMenus(*this);
     connect(m_barView, &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);

@@ -39,7 +39,10 @@ public:
     AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed);
     ~AppDelegate() override;
 
-    /// Loads the configuration, keeps a backup of it, shows the bar and applies the start-up commands.
+    /// Loads the configuration and keeps a backup of it. Before finishLaunching, so that a command for
+    /// the starting bar can be checked against the buttons before any window shows.
+    void loadConfiguration();
+    /// Shows the bar and applies the start-up commands.
     void finishLaunching(const QProcessEnvironment& environment);
 
     void reloadBar();
@@ -78,6 +81,7 @@ public:
     Preferences& preferences() { return m_preferences; }
     FlyoutController& flyouts() { return *m_flyouts; }
     const BarHandlers& handlers() const { return m_handlers; }
+    const DragState& drag() const { return m_drag; }
 
     /// The origin a bar of `size` had on its screen when it was last moved, if any.
     std::optional<QPoint> savedOrigin(const QSize& size);

@@ -8,9 +8,17 @@
 
 namespace {
 
-const auto usage = QStringLiteral(R"(Usage: vantril [option]
+const auto usage = QStringLiteral(R"(Usage: vantril [command or option]
 
-A floating bar of buttons for the desktop. Without an option it starts the bar.
+A floating bar of buttons for the desktop. Without a command it starts the bar, or shows the bar that
+already runs for the same configuration folder.
+
+Commands to the running bar (--toggle, --show and --open start it first when none runs):
+  --toggle           hide the bar, or show it when it is hidden
+  --show             show the bar
+  --hide             hide the bar
+  --open TITLE       open the stack or folder titled TITLE, or run that button, as a click on it would
+  --quit             end the bar
 
 Options:
   --parse-keys TEXT  print how a key combination such as "ctrl+alt+t" is understood
@@ -18,6 +26,9 @@ Options:
   --probe            report what the program may do in this session
   --help             show this text
   --version          show the version
+
+Other words are ignored, as they always were: the bar starts, or shows, as without them.
+Exit status: 0, or 1 when --open names no button or the running bar cannot be reached.
 
 Environment:
   VANTRIL_CONFIG_DIR  the configuration folder (default: $XDG_CONFIG_HOME/vantril)

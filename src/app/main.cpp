@@ -1,13 +1,19 @@
 #include "app/AppDelegate.h"
+#include "app/BarCommands.h"
 #include "app/CommandLine.h"
+#include "app/InstanceClaim.h"
+#include "app/InstanceServer.h"
 #include "app/UpdateFeed.h"
 #include "diagnostics/Probe.h"
+#include "dragdrop/Editing.h"
+#include "platform/Log.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
 #include <QIcon>
 #include <QProcessEnvironment>
 #include <QTextStream>
+#include <QTimer>
 #include <cstdio>
 #include <memory>
 
@@ -37,6 +43,32 @@ int runProbe(int argc, char* argv[], bool prompt)
     return 0;
 }
 
+/// The bar of the claimed configuration folder, until it quits. Commands of copies started meanwhile are
+/// carried out on it; a starting bar is shown anyway, so of its own command only a tap is left to do.
+int runBar(InstanceClaim& claim, const BarCommand& command)
+{
+    auto delegate = std::make_unique<AppDelegate>(createDesktopPlatform(), updateFeed());
+    delegate->loadConfiguration();
+    const bool opens = command.kind == BarCommand::Kind::Open;
+    if (opens && !Editing::button(delegate->document().cfg(), command.title)) {
+        Log::line(BarCommands::noSuchButton(command.title));
+        return 1;
+    }
+    InstanceServer server(
+        [&delegate](const BarCommand& sent) { return BarCommands::perform(*delegate, sent); });
+    server.listen(claim.socketPath());
+    delegate->finishLaunching(QProcessEnvironment::systemEnvironment());
+    if (opens) // once the bar is laid out, from its chip
+        QTimer::singleShot(0, delegate.get(),
+                           [&delegate, command] { BarCommands::open(*delegate, command.title); });
+    const int status = QApplication::exec();
+    server.close();
+    delegate.reset(); // nothing may write into the folder once it is free
+    claim.release();
+    server.answerWaiting();
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -50,6 +82,15 @@ int main(int argc, char* argv[])
         return *status;
     if (arguments.contains(QStringLiteral("--probe")) || arguments.contains(QStringLiteral("--probe-prompt")))
         return runProbe(argc, argv, !arguments.contains(QStringLiteral("--probe")));
+    // One bar per configuration folder: a command for a bar that runs goes to it, with no display needed.
+    const BarCommand::Parsed parsed = BarCommand::parse(arguments);
+    if (!parsed.command) {
+        Log::line(parsed.error);
+        return 1;
+    }
+    InstanceClaim claim = InstanceClaim::take(arguments, *parsed.command);
+    if (const auto status = claim.exitStatus())
+        return *status;
 
     if (const auto reason = desktopUnavailableReason()) {
         std::fprintf(stderr, "vantril: %s\n", qPrintable(*reason));
@@ -67,7 +108,5 @@ int main(int argc, char* argv[])
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
 
-    AppDelegate delegate(createDesktopPlatform(), updateFeed());
-    delegate.finishLaunching(QProcessEnvironment::systemEnvironment());
-    return QApplication::exec();
+    return runBar(claim, *parsed.command);
 }

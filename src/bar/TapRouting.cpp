@@ -1,5 +1,7 @@
 #include "TapRouting.h"
 
+#include <algorithm>
+
 namespace TapRouting {
 
 Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup)
@@ -28,6 +30,21 @@ Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
             spec.argument.value_or(QStringLiteral("~")),
             listingRoot ? listingRoot : spec.argument,
             openGroup.value_or(spec.title)};
+}
+
+QRectF anchorFor(const BarConfig& config, const QHash<QString, QRectF>& frames, const QString& title)
+{
+    if (const auto own = frames.constFind(title); own != frames.constEnd())
+        return *own;
+    for (const ButtonSpec& top : config.buttons) {
+        const QList<ButtonSpec> members = top.children.value_or(QList<ButtonSpec>());
+        const bool member = std::any_of(members.begin(), members.end(),
+                                        [&](const ButtonSpec& b) { return b.title == title; });
+        if (member && frames.contains(top.title))
+            return frames.value(top.title);
+    }
+    // Where the first chip sits after the grip: the place VANTRIL_OPEN falls back to as well.
+    return QRectF(12, 0, 100, 40);
 }
 
 } // namespace TapRouting

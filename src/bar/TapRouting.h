@@ -2,6 +2,8 @@
 
 #include "config/BarConfig.h"
 
+#include <QHash>
+#include <QRectF>
 #include <optional>
 
 /// What a tap on a chip does, decided from the button and the flyout that is open.
@@ -28,5 +30,9 @@ Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup);
 /// A row in the open flyout; folder and "navigate" rows walk the listing in place.
 Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
                const std::optional<QString>& listingRoot);
+
+/// The chip a tap on `title` comes from when no click made it (a command to the running bar): the
+/// button's own chip in `frames`, else the chip of the stack it belongs to, else the first chip's place.
+QRectF anchorFor(const BarConfig& config, const QHash<QString, QRectF>& frames, const QString& title);
 
 } // namespace TapRouting

@@ -99,8 +99,9 @@ void TestProcess::stop(bool gently)
     waitFor([id] { return !hasClientWindows(id); });
 }
 
-RunningBar::RunningBar(const TestHome& home, const Variables& variables, const QString& program)
-    : TestProcess(program, {}, home.environment(variables))
+RunningBar::RunningBar(const TestHome& home, const Variables& variables, const QString& program,
+                       const QStringList& arguments)
+    : TestProcess(program, arguments, home.environment(variables))
     , m_buttonsJson(home.buttonsJson())
 {}
 

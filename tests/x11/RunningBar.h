@@ -79,7 +79,8 @@ class RunningBar : public TestProcess
 {
 public:
     explicit RunningBar(const TestHome& home, const Variables& variables = {},
-                        const QString& program = QStringLiteral(VANTRIL_BINARY));
+                        const QString& program = QStringLiteral(VANTRIL_BINARY),
+                        const QStringList& arguments = {});
     ~RunningBar() override;
 
     /// Waits for the bar to be on screen, and `width` wide when that is given.
