@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building (and, with "test", testing) Vantril needs.
+# Installs the Debian 12 packages that building (with "test": testing; with "desktops": testing under
+# every window manager of the desktop matrix) Vantril needs.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -8,11 +9,15 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
 test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer)
+# The window managers of the desktops the program is tested on. marco aborts without the MATE mouse
+# settings schema, which comes with the settings daemon's data, not with marco itself.
+desktop_packages=(xfwm4 i3-wm mutter kwin-x11 marco mate-settings-daemon-common metacity fluxbox icewm)
 
 packages=("${build_packages[@]}")
-if [[ "${1:-build}" == "test" ]]; then
-    packages+=("${test_packages[@]}")
-fi
+case "${1:-build}" in
+test) packages+=("${test_packages[@]}") ;;
+desktops) packages+=("${test_packages[@]}" "${desktop_packages[@]}") ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
