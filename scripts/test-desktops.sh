@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 managers=("$@")
 [ ${#managers[@]} -eq 0 ] && managers=(openbox mutter kwin xfwm4 xfwm4-composite marco metacity fluxbox icewm i3)
 scenarios_file=tests/x11/desktop-scenarios.txt
-results=${VANTRIL_DESKTOP_RESULTS:-build/desktop-results}
+results=$(realpath -m "${VANTRIL_DESKTOP_RESULTS:-build/desktop-results}")
 rm -rf "$results"
 mkdir -p "$results"
 
@@ -33,7 +33,7 @@ for wm in "${managers[@]}"; do
         done
         echo "== $wm: $suite ${functions[*]}" >&2
         VANTRIL_TEST_WM=$wm timeout 900 tests/x11/with-x-session.sh "build/tests/$suite" "${functions[@]}" \
-            -o "$PWD/$results/$wm.$suite.txt,txt" >"$results/$wm.$suite.log" 2>&1
+            -o "$results/$wm.$suite.txt,txt" >"$results/$wm.$suite.log" 2>&1
     done
     echo "$(($(date +%s) - wm_started))" >"$results/$wm.seconds"
 done

@@ -258,10 +258,15 @@ void TestShellEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
 
 void TestShellEndToEnd::hotKeyTogglesAlsoWithNumLock()
 {
+    const QString taken = QStringLiteral("Hot key ctrl+alt+b is taken by another program; bind `vantril "
+                                         "--toggle` in your desktop's keyboard settings instead");
     RunningBar vantril(*m_home, withoutFrontApp());
     const auto bar = vantril.waitForBar(m_defaultWidth);
     QVERIFY2(bar, "no bar window appeared");
     QVERIFY(waitFor([&] { return fullyShown(*bar); }));
+    // Some window managers bind the combination themselves (icewm opens a browser with it).
+    if (vantril.log().contains(taken))
+        QSKIP("the window manager holds Ctrl+Alt+B, and the program says so");
 
     QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
     QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "Ctrl+Alt+B did not hide the bar");
@@ -279,6 +284,14 @@ void TestShellEndToEnd::hotKeyTogglesAlsoWithNumLock()
     QVERIFY(keys({QStringLiteral("Num_Lock")}));
     QVERIFY2(waitFor([] { return !numLockOn(); }, 5000), "Num Lock stayed on");
     QVERIFY(vantril.isRunning());
+    QVERIFY2(!vantril.log().contains(taken), qPrintable(vantril.log()));
+
+    // A second copy, with folders of its own, finds the combination taken, and says so once.
+    TestHome otherHome;
+    RunningBar second(otherHome, withoutFrontApp());
+    QVERIFY2(second.waitForBar(m_defaultWidth), "no second bar appeared");
+    QVERIFY2(waitFor([&] { return second.log().contains(taken); }), qPrintable(second.log()));
+    QCOMPARE(second.log().count(taken), 1);
 }
 
 void TestShellEndToEnd::editedHotKeyReplacesTheOldOne()

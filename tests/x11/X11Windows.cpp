@@ -133,6 +133,14 @@ bool switchWorkspace(int number)
     if (windowManager() == QLatin1String("i3"))
         return QProcess::execute(QStringLiteral("i3-msg"), {QStringLiteral("-q"), QStringLiteral("workspace"),
                                                             QString::number(number + 1)}) == 0;
+    // KWin starts with a single workspace.
+    const auto count = [] {
+        return output(QStringLiteral("xdotool"), {QStringLiteral("get_num_desktops")}).trimmed().toInt();
+    };
+    if (count() <= number) {
+        xdotool({QStringLiteral("set_num_desktops"), QString::number(number + 1)});
+        waitFor([&] { return count() > number; });
+    }
     return xdotool({QStringLiteral("set_desktop"), QString::number(number)}) && waitFor([&] {
                return output(QStringLiteral("xdotool"), {QStringLiteral("get_desktop")}).trimmed() ==
                       QString::number(number);
