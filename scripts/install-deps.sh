@@ -8,12 +8,13 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
-# openbox for every end-to-end test; xfwm4 and i3 for the part of the window-manager matrix `make test` runs.
-test_packages=(clang-format xvfb xauth openbox xfwm4 i3-wm xdotool x11-utils x11-xserver-utils xclip imagemagick
+# openbox for every end-to-end test; xfwm4 and fluxbox for the part of the window-manager matrix `make test`
+# runs.
+test_packages=(clang-format xvfb xauth openbox xfwm4 fluxbox xdotool x11-utils x11-xserver-utils xclip imagemagick
     trayer)
 # The rest of the window managers of the matrix. marco aborts without the MATE mouse settings schema, which
 # comes with the settings daemon's data, not with marco itself.
-desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity fluxbox icewm)
+desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm i3-wm)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
