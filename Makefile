@@ -1,8 +1,9 @@
-# The two entry points: `make run` and `make test`. Both install what they need first.
+# The entry points: `make run`, `make test` and `make test-desktops` (the end-to-end checks under every
+# window manager of the desktop matrix, as a table). Each installs what it needs first.
 JOBS ?= $(shell nproc)
 SOURCES = $(shell find src tests bench -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
-.PHONY: run test build deps test-deps unit-asan format format-check clean
+.PHONY: run test test-desktops build deps test-deps desktop-deps unit-asan format format-check clean
 
 run: build
 	./build/src/vantril
@@ -10,6 +11,9 @@ run: build
 test: test-deps format-check build
 	ctest --preset default -j $(JOBS)
 	$(MAKE) unit-asan
+
+test-desktops: desktop-deps build
+	./scripts/test-desktops.sh
 
 build: deps
 	cmake --preset default >/dev/null
@@ -25,6 +29,9 @@ deps:
 
 test-deps:
 	@./scripts/install-deps.sh test
+
+desktop-deps:
+	@./scripts/install-deps.sh desktops
 
 format:
 	clang-format -i $(SOURCES)

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building (and, with "test", testing) Vantril needs.
+# Installs the Debian 12 packages that building (with "test": testing; with "desktops": testing under
+# every window manager of the desktop matrix) Vantril needs.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -7,12 +8,19 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
-test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer)
+# openbox for every end-to-end test; xfwm4 and fluxbox for the part of the window-manager matrix `make test`
+# runs.
+test_packages=(clang-format xvfb xauth openbox xfwm4 fluxbox xdotool x11-utils x11-xserver-utils xclip imagemagick
+    trayer)
+# The rest of the window managers of the matrix. marco aborts without the MATE mouse settings schema, which
+# comes with the settings daemon's data, not with marco itself.
+desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm i3-wm)
 
 packages=("${build_packages[@]}")
-if [[ "${1:-build}" == "test" ]]; then
-    packages+=("${test_packages[@]}")
-fi
+case "${1:-build}" in
+test) packages+=("${test_packages[@]}") ;;
+desktops) packages+=("${test_packages[@]}" "${desktop_packages[@]}") ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do

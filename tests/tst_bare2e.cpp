@@ -1,4 +1,5 @@
-// The real program against a real X server and window manager (openbox): where its windows appear,
+// The real program against a real X server and window manager (openbox unless VANTRIL_TEST_WM names
+// another): where its windows appear,
 // what they tell the window manager, and what clicks on them do, observed from the outside with xprop,
 // xwininfo and xdotool. Runs inside tests/x11/with-x-session.sh; every test starts its own copy of the
 // program with configuration folders of its own, so no test sees what another one saved.
@@ -9,6 +10,7 @@
 #include "TestSupport.h"
 #include "bar/BarView.h"
 #include "bar/RunQuestionBox.h"
+#include "config/ConfigReader.h"
 
 #include <QApplication>
 #include <QDir>
@@ -82,6 +84,7 @@ private Q_SLOTS:
     void topPlaceIsBelowTheTopEdge();
     void windowTellsTheWindowManagerItIsADock();
     void clickLeavesTheActiveWindowAlone();
+    void keysAndPasteChipsTypeIntoTheFrontWindow();
     void stackOpensAboveItsChipAndCloses();
     void openAtStartUpNeedsNoClick();
     void movedBarComesBackWhereItWasLeft();
@@ -115,10 +118,12 @@ void TestBarEndToEnd::defaultPlaceIsBottomCentre()
     const auto bar = vantril.waitForBar();
     QVERIFY2(bar, "no bar window appeared");
 
+    // Above a panel the window manager keeps at the bottom, as it says in _NET_WORKAREA.
+    const QRect area = workArea();
     const auto placed = [&] {
         const QRect frame = frameOf(*bar);
-        const int centredX = qRound(screenWidth / 2.0 - frame.width() / 2.0);
-        return frame.height() == BarView::barHeight && frame.bottom() + 1 == screenHeight - 6 &&
+        const int centredX = qRound(area.x() + area.width() / 2.0 - frame.width() / 2.0);
+        return frame.height() == BarView::barHeight && frame.bottom() + 1 == area.bottom() + 1 - 6 &&
                qAbs(frame.x() - centredX) <= 1;
     };
     QVERIFY2(waitFor(placed), qPrintable(describe(frameOf(*bar))));
@@ -131,10 +136,12 @@ void TestBarEndToEnd::topPlaceIsBelowTheTopEdge()
     const auto bar = vantril.waitForBar();
     QVERIFY2(bar, "no bar window appeared");
 
+    const QRect area = workArea();
     const auto placed = [&] {
         const QRect frame = frameOf(*bar);
-        const int centredX = qRound(screenWidth / 2.0 - frame.width() / 2.0);
-        return frame.height() == BarView::barHeight && frame.y() == 6 && qAbs(frame.x() - centredX) <= 1;
+        const int centredX = qRound(area.x() + area.width() / 2.0 - frame.width() / 2.0);
+        return frame.height() == BarView::barHeight && frame.y() == area.y() + 6 &&
+               qAbs(frame.x() - centredX) <= 1;
     };
     QVERIFY2(waitFor(placed), qPrintable(describe(frameOf(*bar))));
 }
@@ -145,23 +152,47 @@ void TestBarEndToEnd::windowTellsTheWindowManagerItIsADock()
     const auto bar = vantril.waitForBar();
     QVERIFY2(bar, "no bar window appeared");
 
+    // A manager without stacking layers tiles: a dock is a full-width strip there, a utility window floats.
+    const QString type = supportsHint("_NET_WM_STATE_ABOVE") ? QStringLiteral("_NET_WM_WINDOW_TYPE_DOCK")
+                                                             : QStringLiteral("_NET_WM_WINDOW_TYPE_UTILITY");
     QCOMPARE(windowProperty(*bar, QStringLiteral("_NET_WM_WINDOW_TYPE")).trimmed(),
-             QStringLiteral("_NET_WM_WINDOW_TYPE(ATOM) = _NET_WM_WINDOW_TYPE_DOCK"));
+             QStringLiteral("_NET_WM_WINDOW_TYPE(ATOM) = ") + type);
 
-    // openbox rewrites the state itself and leaves out STICKY, which it does not support.
+    // Managers rewrite the state themselves and leave out what they do not support.
     const QString state = windowProperty(*bar, QStringLiteral("_NET_WM_STATE"));
     const QStringList atoms = state.section(QLatin1Char('='), 1)
                                   .split(QLatin1Char(','), Qt::SkipEmptyParts)
                                   .replaceInStrings(QRegularExpression(QStringLiteral("\\s")), QString());
-    for (const QString& wanted :
-         {QStringLiteral("_NET_WM_STATE_ABOVE"), QStringLiteral("_NET_WM_STATE_SKIP_TASKBAR"),
-          QStringLiteral("_NET_WM_STATE_SKIP_PAGER")})
-        QVERIFY2(atoms.contains(wanted), qPrintable(state));
-
-    QCOMPARE(windowProperty(*bar, QStringLiteral("_NET_WM_DESKTOP")).trimmed(),
-             QStringLiteral("_NET_WM_DESKTOP(CARDINAL) = 4294967295"));
+    for (const QByteArray& wanted :
+         {QByteArrayLiteral("_NET_WM_STATE_ABOVE"), QByteArrayLiteral("_NET_WM_STATE_STICKY"),
+          QByteArrayLiteral("_NET_WM_STATE_SKIP_TASKBAR"), QByteArrayLiteral("_NET_WM_STATE_SKIP_PAGER")}) {
+        if (supportsHint(wanted))
+            QVERIFY2(atoms.contains(QString::fromLatin1(wanted)), qPrintable(state));
+    }
     const QString hints = windowProperty(*bar, QStringLiteral("WM_HINTS"));
     QVERIFY2(hints.contains(QStringLiteral("Client accepts input or input focus: False")), qPrintable(hints));
+
+    // Above an application window that covers its place and is active.
+    const QRect frame = frameOf(*bar);
+    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {m_home->path(QStringLiteral("presses.txt")),
+                                                        m_home->path(QStringLiteral("text.txt"))});
+    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
+    QVERIFY2(client, "keyprobe did not become the active window");
+    const QString id = QString::number(*client);
+    xdotool(
+        {QStringLiteral("windowmove"), id, QString::number(frame.x() - 20), QString::number(frame.y() - 60)});
+    xdotool({QStringLiteral("windowsize"), id, QString::number(frame.width() + 40), QStringLiteral("200")});
+    QVERIFY2(waitFor([&] { return frameOf(*client).intersects(frame); }),
+             qPrintable(describe(frameOf(*client))));
+    QVERIFY(xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), id}));
+    QVERIFY2(waitFor([&] { return isStackedAbove(*bar, *client); }), "the bar is below the active window");
+    QCOMPARE(frameOf(*bar), frame);
+
+    // On every workspace, at the same place.
+    QVERIFY(switchWorkspace(1));
+    QVERIFY2(waitFor([&] { return isViewable(*bar) && frameOf(*bar) == frame; }),
+             qPrintable(describe(frameOf(*bar))));
+    QVERIFY(switchWorkspace(0));
 }
 
 void TestBarEndToEnd::clickLeavesTheActiveWindowAlone()
@@ -179,9 +210,60 @@ void TestBarEndToEnd::clickLeavesTheActiveWindowAlone()
     const BarLayout layout = layoutOf(Config::defaults());
     QVERIFY(vantril.waitForWidth(layout.width));
     QVERIFY(clickAt(layout.centreOf(QStringLiteral("Files"), vantril.frame())));
-    // openbox lists the flyout only after it has handled the press that opened it, so a change of focus
-    // caused by that press would show by now.
-    QVERIFY2(waitFor([&] { return vantril.shownFlyout().has_value(); }), "the click opened no flyout");
+    // The window manager lists the flyout only after it has handled the press that opened it, so a change
+    // of focus caused by that press would show by now.
+    std::optional<quintptr> flyout;
+    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }),
+             "the click opened no flyout");
+    QCOMPARE(activeWindow(), *client);
+
+    // Nor does a click on the flyout, here on its margin, where it does nothing else.
+    QVERIFY(waitUntilDrawn(frameOf(*flyout)));
+    QVERIFY(clickAt(frameOf(*flyout).topLeft() + QPoint(frameOf(*flyout).width() / 2, 3)));
+    // A chip's tap comes after it and is handled after it: a change of focus would show by then.
+    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Files"), vantril.frame())));
+    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the second tap on Files left the flyout open");
+    QCOMPARE(activeWindow(), *client);
+}
+
+void TestBarEndToEnd::keysAndPasteChipsTypeIntoTheFrontWindow()
+{
+    const QString presses = m_home->path(QStringLiteral("presses.txt"));
+    const QString text = m_home->path(QStringLiteral("text.txt"));
+    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {presses, text});
+    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
+    QVERIFY2(client, "keyprobe did not become the active window");
+
+    const auto chip = [](const QString& title, const QString& action, const QString& argument) {
+        return QJsonObject{{QStringLiteral("title"), title},
+                           {QStringLiteral("symbol"), QStringLiteral("keyboard")},
+                           {QStringLiteral("action"), action},
+                           {QStringLiteral("argument"), argument}};
+    };
+    const QJsonObject config{
+        {QStringLiteral("buttons"),
+         QJsonArray{
+             chip(QStringLiteral("Shout"), QStringLiteral("keys"), QStringLiteral("shift+h")),
+             chip(QStringLiteral("Greet"), QStringLiteral("paste"), QStringLiteral("hello from the bar"))}}};
+    QVERIFY(m_home->writeButtons(QJsonDocument(config).toJson()));
+    RunningBar vantril(*m_home, withoutFrontApp());
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    const BarLayout layout = layoutOf(*ConfigReader::decode(QJsonDocument(config).toJson()));
+    QVERIFY(vantril.waitForWidth(layout.width));
+    QCOMPARE(activeWindow(), *client);
+
+    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Shout"), vantril.frame())));
+    QVERIFY2(waitFor([&] { return readAll(text) == "H"; }),
+             qPrintable(QStringLiteral("typed: %1; active: %2, keyprobe %3")
+                            .arg(QString::fromUtf8(readAll(presses)))
+                            .arg(activeWindow())
+                            .arg(*client)));
+    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Greet"), vantril.frame())));
+    QVERIFY2(waitFor([&] { return readAll(text) == "Hhello from the bar"; }),
+             qPrintable(QStringLiteral("the line holds: %1; active: %2, keyprobe %3")
+                            .arg(QString::fromUtf8(readAll(text)))
+                            .arg(activeWindow())
+                            .arg(*client)));
     QCOMPARE(activeWindow(), *client);
 }
 
@@ -257,7 +339,9 @@ void TestBarEndToEnd::movedBarComesBackWhereItWasLeft()
     QVERIFY2(bar, "no bar window appeared");
 
     const int width = frameOf(*bar).width();
-    const QPoint start(qRound(screenWidth / 2.0 - width / 2.0), screenHeight - 6 - BarView::barHeight);
+    const QRect area = workArea();
+    const QPoint start(qRound(area.x() + area.width() / 2.0 - width / 2.0),
+                       area.bottom() + 1 - 6 - BarView::barHeight);
     const QPoint moved = start + QPoint(100, -50);
     const auto near = [](const QPoint& a, const QPoint& b) {
         return qAbs(a.x() - b.x()) <= 1 && qAbs(a.y() - b.y()) <= 1;

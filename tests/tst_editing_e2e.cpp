@@ -1,8 +1,9 @@
 // Editing the real program's buttons from the outside, against a real X server and window manager
-// (openbox): chips dragged with the pointer, files and links dropped from another program over XDND,
-// the buttons of the application in front, and buttons.json edited by hand while the program runs.
-// Runs inside tests/x11/with-x-session.sh. Every test writes its own buttons.json into folders of its own
-// before it starts the program, and reads the outcome back from that file or from the bar's width.
+// (openbox unless VANTRIL_TEST_WM names another): chips dragged with the pointer, files and links dropped
+// from another program over XDND, the buttons of the application in front, and buttons.json edited by hand
+// while the program runs. Runs inside tests/x11/with-x-session.sh. Every test writes its own buttons.json
+// into folders of its own before it starts the program, and reads the outcome back from that file or from the
+// bar's width.
 
 #include "BarLayout.h"
 #include "RunningBar.h"
@@ -675,15 +676,31 @@ void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
 
 void TestEditingEndToEnd::frontApplicationChoosesTheSet()
 {
-    const QJsonObject config = withAppSets(
+    QJsonObject config = withAppSets(
         document({logChip(QStringLiteral("Log")), plain(QStringLiteral("1"))}), {plain(QStringLiteral("a1"))},
         plainButtons({QStringLiteral("b1"), QStringLiteral("b2"), QStringLiteral("b3")}));
+    // A set named the way a user sees a window: by its class, in any case.
+    QJsonArray sets = config.value(QStringLiteral("appSets")).toArray();
+    sets.append(
+        QJsonObject{{QStringLiteral("app"), QStringLiteral("mytool")},
+                    {QStringLiteral("name"), QStringLiteral("MyTool")},
+                    {QStringLiteral("buttons"), plainButtons({QStringLiteral("t1"), QStringLiteral("t2")})}});
+    config.insert(QStringLiteral("appSets"), sets);
     const BarConfig parsedConfig = decoded(config);
-    QVERIFY(parsedConfig.appSets && parsedConfig.appSets->size() == 2);
+    QVERIFY(parsedConfig.appSets && parsedConfig.appSets->size() == 3);
     const BarLayout plainLayout = layoutOf(parsedConfig);
     const int alphaWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(0).buttons).width;
     const int betaWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(1).buttons).width;
-    QVERIFY(plainLayout.width < alphaWidth && alphaWidth < betaWidth);
+    const int toolWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(2).buttons).width;
+    QVERIFY(plainLayout.width < alphaWidth && alphaWidth < toolWidth && toolWidth < betaWidth);
+
+    // The program behind every window below is an installed application, as xterm would be for a window
+    // of "xterm -class MyTool": its desktop entry is found from the window's executable.
+    const QString applications =
+        QDir(qEnvironmentVariable("XDG_DATA_HOME")).filePath(QStringLiteral("applications"));
+    QVERIFY(QDir().mkpath(applications));
+    QVERIFY(writeAll(QDir(applications).filePath(QStringLiteral("vantril-test-windows.desktop")),
+                     "[Desktop Entry]\nType=Application\nName=Windows\nExec=" APPWINDOW_BINARY "\n"));
 
     QVERIFY(startBar(config));
     QVERIFY(waitForWidth(plainLayout.width));
@@ -710,6 +727,12 @@ void TestEditingEndToEnd::frontApplicationChoosesTheSet()
     // Still following: back to the first one.
     QVERIFY(activate(*alpha));
     QVERIFY(waitForWidth(alphaWidth));
+
+    TestProcess toolApp(QStringLiteral(APPWINDOW_BINARY), {QStringLiteral("MyTool")});
+    const auto tool = toolApp.waitForWindow(QStringLiteral("MyTool"));
+    QVERIFY2(tool, "the third client did not appear");
+    QVERIFY(activate(*tool));
+    QVERIFY2(waitForWidth(toolWidth), qPrintable(windowProperty(*tool, QStringLiteral("WM_CLASS"))));
     // Showing a set is no edit.
     QCOMPARE(saved(), before);
 }

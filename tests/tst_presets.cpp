@@ -1,3 +1,4 @@
+#include "config/AppContext.h"
 #include "config/Presets.h"
 #include "dragdrop/Editing.h"
 
@@ -13,6 +14,8 @@ private Q_SLOTS:
     void mergeUsesTheFirstSetOfAnApplication();
     void stripRemovesPresetButtonsAndRenamedCopies();
     void appliedNamesFollowTheSets();
+    void frontWindowFindsItsSetByAnyName_data();
+    void frontWindowFindsItsSetByAnyName();
 };
 
 namespace {
@@ -134,6 +137,65 @@ void TestPresets::appliedNamesFollowTheSets()
     // In the presets' own order, whatever the order of the sets.
     QCOMPARE(Presets::appliedNames(config), (QStringList{QStringLiteral("Mail"), QStringLiteral("Music")}));
     QVERIFY(!Presets::named(QStringLiteral("mail")));
+}
+
+void TestPresets::frontWindowFindsItsSetByAnyName_data()
+{
+    QTest::addColumn<QStringList>("sets");
+    // own id, class, instance, desktop entry, id
+    QTest::addColumn<QStringList>("window");
+    QTest::addColumn<int>("shown");
+
+    const QStringList myTool = {QString(), QStringLiteral("MyTool"), QStringLiteral("xterm"),
+                                QStringLiteral("debian-xterm"), QStringLiteral("debian-xterm")};
+    QTest::newRow("entry of the program") << QStringList{QStringLiteral("debian-xterm")} << myTool << 0;
+    QTest::newRow("class, in any case")
+        << QStringList{QStringLiteral("other"), QStringLiteral("mytool")} << myTool << 1;
+    QTest::newRow("instance") << QStringList{QStringLiteral("XTERM")} << myTool << 0;
+    QTest::newRow("class before the program's entry")
+        << QStringList{QStringLiteral("debian-xterm"), QStringLiteral("MyTool")} << myTool << 1;
+    QTest::newRow("instance before the program's entry")
+        << QStringList{QStringLiteral("debian-xterm"), QStringLiteral("xterm")} << myTool << 1;
+    QTest::newRow("first of two sets for one name")
+        << QStringList{QStringLiteral("MyTool"), QStringLiteral("mytool")} << myTool << 0;
+    QTest::newRow("no set names it") << QStringList{QStringLiteral("uxterm")} << myTool << -1;
+    QTest::newRow("own id before its class")
+        << QStringList{QStringLiteral("Gnome-terminal"), QStringLiteral("org.gnome.Terminal")}
+        << QStringList{QStringLiteral("org.gnome.Terminal"), QStringLiteral("Gnome-terminal"),
+                       QStringLiteral("gnome-terminal-server"), QStringLiteral("org.gnome.Terminal"),
+                       QStringLiteral("org.gnome.Terminal")}
+        << 1;
+    // VANTRIL_CONTEXT_APP gives an id and nothing else.
+    QTest::newRow("fixed id alone") << QStringList{QStringLiteral("x"), QStringLiteral("com.apple.Safari")}
+                                    << QStringList{QString(), QString(), QString(), QString(),
+                                                   QStringLiteral("com.apple.safari")}
+                                    << 1;
+}
+
+void TestPresets::frontWindowFindsItsSetByAnyName()
+{
+    QFETCH(QStringList, sets);
+    QFETCH(QStringList, window);
+    QFETCH(int, shown);
+    BarConfig cfg;
+    cfg.appSets.emplace();
+    for (qsizetype i = 0; i < sets.size(); ++i)
+        cfg.appSets->append(AppSet{sets.at(i), sets.at(i), {keys(QString::number(i), QStringLiteral("a"))}});
+    ContextApp app;
+    app.ownId = window.at(0);
+    app.windowClass = window.at(1);
+    app.instance = window.at(2);
+    app.desktopEntry = window.at(3);
+    app.id = window.at(4);
+    app.name = QStringLiteral("Shown");
+
+    QCOMPARE(titles(AppContext::contextButtons(cfg, app)),
+             shown < 0 ? QStringList() : QStringList{QString::number(shown)});
+    // A button moved into the context goes to the set on show, or to a new one for the application id.
+    const qsizetype count = cfg.appSets->size();
+    QCOMPARE(AppContext::contextSetIndex(cfg, app, true), shown < 0 ? count : qsizetype(shown));
+    if (shown < 0)
+        QCOMPARE(cfg.appSets->last().app, app.id);
 }
 
 QTEST_APPLESS_MAIN(TestPresets)

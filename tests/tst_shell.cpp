@@ -1,5 +1,8 @@
+#include "TestSupport.h"
+#include "app/Hotkey.h"
 #include "app/MenuModel.h"
 #include "app/Visibility.h"
+#include "platform/fake/FakePlatform.h"
 
 #include <QTest>
 
@@ -13,6 +16,7 @@ private Q_SLOTS:
     void hiddenBarReturnsAfterTwoRestingTicks();
     void manualHideIgnoresThePointer();
     void menuItemsFollowTheState();
+    void hotKeyHeldElsewhereIsReportedOncePerText();
 };
 
 namespace {
@@ -173,6 +177,27 @@ void TestShell::menuItemsFollowTheState()
     QCOMPARE(items.at(10).checked, std::optional<bool>(true));
     QCOMPARE(items.at(11).checked, std::optional<bool>(false));
     QCOMPARE(items.at(12).checked, std::optional<bool>(true));
+}
+
+void TestShell::hotKeyHeldElsewhereIsReportedOncePerText()
+{
+    FakePlatform platform;
+    platform.grabRefused = true;
+    Hotkey hotkey(platform.hotkey(), [] {});
+    StderrCapture log;
+    hotkey.update(std::nullopt);
+    hotkey.update(std::nullopt); // a rebuild of the bar, nothing changed: not taken again, not said again
+    hotkey.update(QStringLiteral("Cmd+Option+K"));
+    const QStringList lines = log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QCOMPARE(lines,
+             (QStringList{QStringLiteral("Hot key ctrl+alt+b is taken by another program; bind `vantril "
+                                         "--toggle` in your desktop's keyboard settings instead"),
+                          QStringLiteral("Hot key super+alt+k is taken by another program; bind `vantril "
+                                         "--toggle` in your desktop's keyboard settings instead")}));
+
+    platform.grabRefused = false;
+    hotkey.update(QStringLiteral("ctrl+alt+j"));
+    QCOMPARE(log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts).size(), 2);
 }
 
 QTEST_APPLESS_MAIN(TestShell)

@@ -1,6 +1,6 @@
-// The real program's shell against a real X server and window manager (openbox, no compositor): hiding
-// and showing the bar by pointer, hot key and command line, one bar per configuration folder, its menu,
-// its tray icon and its update check, observed
+// The real program's shell against a real X server and window manager (openbox unless VANTRIL_TEST_WM
+// names another): hiding and showing the bar by pointer, hot key and command line, one bar per
+// configuration folder, its menu, its tray icon and its update check, observed
 // from the outside with xprop, xdotool, xset and the server's own answers. Runs inside
 // tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of its own.
 // Screenshots of the menus and of the update window are saved to $VANTRIL_TEST_SCREENSHOTS when set.
@@ -79,8 +79,8 @@ QList<xcb_window_t> embeddedWindows(qint64 pid, qint64 host)
     return found;
 }
 
-/// Hidden as auto-hide and the hot key hide: faded out, and since openbox composites nothing, cut away
-/// to nothing and letting every click through.
+/// Hidden as auto-hide and the hot key hide: faded out, letting every click through, and where no
+/// compositor makes the fade visible, cut away to nothing.
 bool fullyHidden(quintptr bar)
 {
     const QString opacity = windowProperty(bar, QStringLiteral("_NET_WM_WINDOW_OPACITY")).trimmed();
@@ -89,7 +89,7 @@ bool fullyHidden(quintptr bar)
     const auto window = static_cast<xcb_window_t>(bar);
     const QRect inside(QPoint(0, 0), screenRect(window).size());
     return !inside.isEmpty() && shapeOf(window, XCB_SHAPE_SK_INPUT).isEmpty() &&
-           !shapeOf(window, XCB_SHAPE_SK_BOUNDING).intersects(inside);
+           (isCompositing() || !shapeOf(window, XCB_SHAPE_SK_BOUNDING).intersects(inside));
 }
 
 /// Shown: opaque, drawn and taking clicks over its middle.
@@ -251,22 +251,15 @@ void TestShellEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
 
     // A window across the bottom of the screen, under where the bar will be, that records the clicks
     // reaching it. Started first, so that the bar is mapped above it.
-    const QRect band(0, screenHeight - 200, screenWidth, 200);
+    const QRect area = workArea();
+    const QRect band(area.x(), area.bottom() + 1 - 200, area.width(), 200);
     const QString presses = m_home->path(QStringLiteral("presses.txt"));
     TestProcess probe(QStringLiteral(CLICKPROBE_BINARY),
                       {presses, QString::number(band.x()), QString::number(band.y()),
                        QString::number(band.width()), QString::number(band.height())});
     const auto probeWindow = probe.waitForWindow(QStringLiteral("clickprobe"));
     QVERIFY2(probeWindow, "the click probe did not appear");
-    if (frameOf(*probeWindow) != band) {
-        const QString id = QString::number(*probeWindow);
-        QVERIFY(xdotool(
-            {QStringLiteral("windowmove"), id, QString::number(band.x()), QString::number(band.y())}));
-        QVERIFY(xdotool({QStringLiteral("windowsize"), id, QString::number(band.width()),
-                         QString::number(band.height())}));
-    }
-    QVERIFY2(waitFor([&] { return frameOf(*probeWindow) == band; }),
-             qPrintable(describe(frameOf(*probeWindow))));
+    QVERIFY2(placeWindow(*probeWindow, band), qPrintable(describe(frameOf(*probeWindow))));
 
     RunningBar vantril(*m_home, withoutFrontApp());
     const auto bar = vantril.waitForBar(m_defaultWidth);
@@ -318,10 +311,16 @@ void TestShellEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
 
 void TestShellEndToEnd::hotKeyTogglesAlsoWithNumLock()
 {
+    const QString taken = QStringLiteral("Hot key ctrl+alt+b is taken by another program; bind `vantril "
+                                         "--toggle` in your desktop's keyboard settings instead");
     RunningBar vantril(*m_home, withoutFrontApp());
     const auto bar = vantril.waitForBar(m_defaultWidth);
     QVERIFY2(bar, "no bar window appeared");
     QVERIFY(waitFor([&] { return fullyShown(*bar); }));
+    // Some window managers bind the combination themselves (icewm opens a browser with it).
+    // The line comes before the bar is shown; the pipe may still hold it.
+    if (waitFor([&] { return vantril.log().contains(taken); }, 2000))
+        QSKIP("the window manager holds Ctrl+Alt+B, and the program says so");
 
     QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
     QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "Ctrl+Alt+B did not hide the bar");
@@ -339,6 +338,14 @@ void TestShellEndToEnd::hotKeyTogglesAlsoWithNumLock()
     QVERIFY(keys({QStringLiteral("Num_Lock")}));
     QVERIFY2(waitFor([] { return !numLockOn(); }, 5000), "Num Lock stayed on");
     QVERIFY(vantril.isRunning());
+    QVERIFY2(!vantril.log().contains(taken), qPrintable(vantril.log()));
+
+    // A second copy, with folders of its own, finds the combination taken, and says so once.
+    TestHome otherHome;
+    RunningBar second(otherHome, withoutFrontApp());
+    QVERIFY2(second.waitForBar(m_defaultWidth), "no second bar appeared");
+    QVERIFY2(waitFor([&] { return second.log().contains(taken); }), qPrintable(second.log()));
+    QCOMPARE(second.log().count(taken), 1);
 }
 
 void TestShellEndToEnd::editedHotKeyReplacesTheOldOne()

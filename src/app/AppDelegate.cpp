@@ -138,12 +138,13 @@ void AppDelegate::trackFrontApp(const QProcessEnvironment& environment)
 
 void AppDelegate::adopt(const ContextApp& app)
 {
-    const std::optional<QString> before =
-        m_contextApp ? std::optional<QString>(m_contextApp->id) : std::nullopt;
+    // Two windows of one program may still go by different names (xterm and xterm -class MyTool).
+    const bool changed = !m_contextApp || m_contextApp->id != app.id ||
+                         AppContext::names(*m_contextApp) != AppContext::names(app);
     m_contextApp = app;
     m_actions->keys().setPasteKeys(app.isTerminal ? QStringLiteral("ctrl+shift+v")
                                                   : QStringLiteral("ctrl+v"));
-    if (before != app.id) {
+    if (changed) {
         closeFlyout();
         reloadBar();
     }

@@ -4,6 +4,8 @@
 #include "platform/HotkeyGrabber.h"
 #include "platform/Log.h"
 
+#include <QRegularExpression>
+
 Hotkey::Hotkey(HotkeyGrabber& grabber, std::function<void()> toggle)
     : m_grabber(grabber)
     , m_toggle(std::move(toggle))
@@ -24,6 +26,20 @@ void Hotkey::update(const std::optional<QString>& configured)
         return;
     }
     m_grabber.setHandler(m_toggle);
-    // A combination another program holds simply never fires, as with any desktop's shortcuts.
-    m_grabber.grab(*combo);
+    // X11, unlike the hot-key services of other systems, says when another program (often the window
+    // manager, such as icewm, whose own keys include Ctrl+Alt+B) holds the combination; the user is told
+    // once per text, with the way out.
+    if (!m_grabber.grab(*combo))
+        Log::line(takenMessage(text));
+}
+
+QString Hotkey::takenMessage(const QString& text)
+{
+    // In the words of a Linux keyboard, whichever synonyms the configuration used.
+    QString keys = text.toLower();
+    keys.replace(QRegularExpression(QStringLiteral("\\b(opt|option)\\b")), QStringLiteral("alt"));
+    keys.replace(QRegularExpression(QStringLiteral("\\b(cmd|command)\\b")), QStringLiteral("super"));
+    return QStringLiteral("Hot key %1 is taken by another program; bind `vantril --toggle` in your desktop's "
+                          "keyboard settings instead")
+        .arg(keys);
 }

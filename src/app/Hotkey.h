@@ -8,7 +8,8 @@ class HotkeyGrabber;
 
 /// Keeps the global hot key in line with the configuration's "hotkey" (default "ctrl+opt+b"). It is
 /// taken again only when the text changes, and an invalid text is remembered, logged once as
-/// "Bad hotkey: …", and not tried again until the configuration changes.
+/// "Bad hotkey: …", and not tried again until the configuration changes. A combination another program
+/// holds is reported once, with takenMessage().
 class Hotkey
 {
 public:
@@ -19,6 +20,8 @@ public:
     const QString& registered() const { return m_registered; }
 
     static QString defaultCombination() { return QStringLiteral("ctrl+opt+b"); }
+    /// The line for a combination another program holds.
+    static QString takenMessage(const QString& text);
 
 private:
     HotkeyGrabber& m_grabber;

@@ -9,30 +9,44 @@ std::optional<ContextApp> fromEnvironment(const QString& value)
     const QStringList pieces = value.split(QLatin1Char('|'), Qt::SkipEmptyParts);
     if (pieces.size() != 2)
         return std::nullopt;
-    return ContextApp{pieces.at(0), pieces.at(1), false};
+    return ContextApp{pieces.at(0), pieces.at(1)};
+}
+
+QStringList names(const ContextApp& app)
+{
+    QStringList result;
+    for (const QString& name : {app.ownId, app.windowClass, app.instance, app.desktopEntry, app.id}) {
+        if (!name.isEmpty() && !result.contains(name, Qt::CaseInsensitive))
+            result.append(name);
+    }
+    return result;
+}
+
+std::optional<qsizetype> setFor(const BarConfig& cfg, const std::optional<ContextApp>& app)
+{
+    if (!app || !cfg.appSets)
+        return std::nullopt;
+    for (const QString& name : names(*app)) {
+        for (qsizetype i = 0; i < cfg.appSets->size(); ++i) {
+            if (cfg.appSets->at(i).app.compare(name, Qt::CaseInsensitive) == 0)
+                return i;
+        }
+    }
+    return std::nullopt;
 }
 
 QList<ButtonSpec> contextButtons(const BarConfig& cfg, const std::optional<ContextApp>& app)
 {
-    if (!app || !cfg.appSets)
-        return {};
-    for (const AppSet& set : *cfg.appSets) {
-        if (set.app == app->id)
-            return set.buttons;
-    }
-    return {};
+    const auto index = setFor(cfg, app);
+    return index ? cfg.appSets->at(*index).buttons : QList<ButtonSpec>();
 }
 
 std::optional<qsizetype> contextSetIndex(BarConfig& cfg, const std::optional<ContextApp>& app, bool create)
 {
     if (!app)
         return std::nullopt;
-    if (cfg.appSets) {
-        for (qsizetype i = 0; i < cfg.appSets->size(); ++i) {
-            if (cfg.appSets->at(i).app == app->id)
-                return i;
-        }
-    }
+    if (const auto index = setFor(cfg, app))
+        return index;
     if (!create)
         return std::nullopt;
     if (!cfg.appSets)

@@ -95,7 +95,7 @@ void TestProcess::stop(bool gently)
         m_process.kill();
         m_process.waitForFinished(10000);
     }
-    // openbox drops a dead client's windows from its list a moment later.
+    // The window manager drops a dead client's windows from its list a moment later.
     waitFor([id] { return !hasClientWindows(id); });
 }
 
@@ -128,6 +128,7 @@ std::optional<quintptr> RunningBar::waitForBar(std::optional<int> width)
     if (bar) {
         m_bar = *bar;
         m_frame = frameOf(m_bar);
+        waitUntilDrawn(m_frame); // a compositor may still be fading it in
     }
     return bar;
 }

@@ -46,7 +46,7 @@ private:
 };
 
 /// A program started for a test. Its standard error is kept; its end, when it goes out of scope, waits
-/// until openbox no longer lists its windows, so that none lingers into the next step.
+/// until the window manager no longer lists its windows, so that none lingers into the next step.
 class TestProcess
 {
 public:

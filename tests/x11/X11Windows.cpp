@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QImage>
 #include <QPixmap>
 #include <QProcess>
 #include <QRegularExpression>
@@ -22,6 +23,128 @@ bool onSessionScreen()
         return false;
     }
     return connection() != nullptr;
+}
+
+QString windowManager()
+{
+    const QString named = qEnvironmentVariable("VANTRIL_TEST_WM");
+    return named.isEmpty() ? QStringLiteral("openbox") : named;
+}
+
+bool supportsHint(const QByteArray& hint)
+{
+    const QString supported =
+        output(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTED")});
+    return supported.split(QRegularExpression(QStringLiteral("[\\s,=]+")))
+        .contains(QString::fromLatin1(hint));
+}
+
+QRect workArea()
+{
+    const auto numbers = [](const QString& name) {
+        QList<int> values;
+        const QString line = output(QStringLiteral("xprop"), {QStringLiteral("-root"), name});
+        auto matches = QRegularExpression(QStringLiteral("(?<=[=,]) *(\\d+)")).globalMatch(line);
+        while (matches.hasNext())
+            values.append(matches.next().captured(1).toInt());
+        return values;
+    };
+    const QList<int> areas = numbers(QStringLiteral("_NET_WORKAREA"));
+    const QList<int> current = numbers(QStringLiteral("_NET_CURRENT_DESKTOP"));
+    qsizetype at = current.isEmpty() ? 0 : current.first() * 4;
+    if (at + 4 > areas.size())
+        at = 0;
+    if (areas.size() < at + 4)
+        return QRect(0, 0, screenWidth, screenHeight);
+    return QRect(areas.at(at), areas.at(at + 1), areas.at(at + 2), areas.at(at + 3));
+}
+
+bool isCompositing()
+{
+    const auto reply = adopt(xcb_get_selection_owner_reply(
+        connection(), xcb_get_selection_owner(connection(), atom(QByteArrayLiteral("_NET_WM_CM_S0"))),
+        nullptr));
+    return reply && reply->owner != XCB_NONE;
+}
+
+bool waitUntilDrawn(const QRect& area)
+{
+    if (!isCompositing())
+        return true;
+    QImage last;
+    // Two looks a fade step apart that agree: nothing moves there any more.
+    return waitFor(
+        [&] {
+            const QImage now = QGuiApplication::primaryScreen()
+                                   ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+                                   .toImage();
+            const bool same = !now.isNull() && now == last;
+            last = now;
+            return same;
+        },
+        windowTimeoutMs, 150);
+}
+
+namespace {
+
+/// The child of the root that holds `window`: the frame a reparenting window manager put around it.
+xcb_window_t topLevelOf(xcb_window_t window)
+{
+    for (;;) {
+        const auto tree =
+            adopt(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
+        if (!tree || tree->parent == XCB_NONE || tree->parent == tree->root)
+            return window;
+        window = tree->parent;
+    }
+}
+
+} // namespace
+
+bool isStackedAbove(quintptr upper, quintptr lower)
+{
+    // The root's children come bottom first.
+    const QList<xcb_window_t> order = childWindows(rootWindow());
+    const qsizetype upperAt = order.indexOf(topLevelOf(static_cast<xcb_window_t>(upper)));
+    const qsizetype lowerAt = order.indexOf(topLevelOf(static_cast<xcb_window_t>(lower)));
+    return upperAt >= 0 && lowerAt >= 0 && upperAt > lowerAt;
+}
+
+bool placeWindow(quintptr window, const QRect& frame)
+{
+    const QString id = QString::number(window);
+    if (windowManager() == QLatin1String("i3"))
+        QProcess::execute(
+            QStringLiteral("i3-msg"),
+            {QStringLiteral("-q"), QStringLiteral("[id=%1] floating enable, border none").arg(id)});
+    return waitFor([&] {
+        if (frameOf(window) == frame)
+            return true;
+        xdotool({QStringLiteral("windowmove"), id, QString::number(frame.x()), QString::number(frame.y())});
+        xdotool({QStringLiteral("windowsize"), id, QString::number(frame.width()),
+                 QString::number(frame.height())});
+        return frameOf(window) == frame;
+    });
+}
+
+bool switchWorkspace(int number)
+{
+    // i3 makes workspaces as they are asked for, and names them from 1.
+    if (windowManager() == QLatin1String("i3"))
+        return QProcess::execute(QStringLiteral("i3-msg"), {QStringLiteral("-q"), QStringLiteral("workspace"),
+                                                            QString::number(number + 1)}) == 0;
+    // KWin starts with a single workspace.
+    const auto count = [] {
+        return output(QStringLiteral("xdotool"), {QStringLiteral("get_num_desktops")}).trimmed().toInt();
+    };
+    if (count() <= number) {
+        xdotool({QStringLiteral("set_num_desktops"), QString::number(number + 1)});
+        waitFor([&] { return count() > number; });
+    }
+    return xdotool({QStringLiteral("set_desktop"), QString::number(number)}) && waitFor([&] {
+               return output(QStringLiteral("xdotool"), {QStringLiteral("get_desktop")}).trimmed() ==
+                      QString::number(number);
+           });
 }
 
 bool waitFor(const std::function<bool()>& condition, int timeoutMs, int stepMs)

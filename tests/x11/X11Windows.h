@@ -23,6 +23,25 @@ inline constexpr int screenHeight = 900;
 /// Long enough for a slow, loaded machine; a passing run never waits for it.
 inline constexpr int windowTimeoutMs = 20000;
 
+/// The window manager with-x-session.sh started: "openbox", "i3", … (VANTRIL_TEST_WM).
+QString windowManager();
+/// Whether the window manager lists `hint` (such as "_NET_WM_STATE_ABOVE") in _NET_SUPPORTED.
+bool supportsHint(const QByteArray& hint);
+/// The current workspace's area left free by panels (_NET_WORKAREA), the whole screen without one.
+QRect workArea();
+/// Whether a compositing manager draws the screen (it owns _NET_WM_CM_S0).
+bool isCompositing();
+/// Under a compositor, waits until `area` of the screen stops changing, so that a window's fade-in is
+/// over before its pixels are read; at once without one.
+bool waitUntilDrawn(const QRect& area);
+/// Whether `upper` is stacked above `lower`, comparing the top-level windows (frames) that hold them.
+bool isStackedAbove(quintptr upper, quintptr lower);
+/// Moves and sizes a client window to `frame` and waits until it is there; a tiling manager is told to
+/// let it float first.
+bool placeWindow(quintptr window, const QRect& frame);
+/// Makes another workspace the current one: `number` counted from 0.
+bool switchWorkspace(int number);
+
 /// Whether this process draws on that screen through xcb; says what differs when it does not.
 bool onSessionScreen();
 
@@ -48,7 +67,7 @@ bool dragAlong(const QList<QPoint>& path);
 bool dragBetween(const QPoint& from, const QPoint& to, int steps = 10);
 
 QString windowProperty(quintptr window, const QString& name);
-/// The windows openbox manages, which are the mapped top-level windows of its clients.
+/// The windows the window manager manages, which are the mapped top-level windows of its clients.
 QList<quintptr> clientWindows();
 /// The title exactly as the window gives it: name searches in xdotool ignore case, and the client
 /// leader of the program is called "vantril" too.
@@ -68,7 +87,7 @@ std::optional<WindowInfo> windowInfo(quintptr window);
 /// Where the window is on screen, empty when it is gone.
 QRect frameOf(quintptr window);
 bool isViewable(quintptr window);
-/// The window openbox calls active, 0 for None.
+/// The window the window manager calls active, 0 for None.
 quintptr activeWindow();
 QString describe(const QRect& rect);
 
@@ -100,7 +119,7 @@ struct Attributes
 };
 
 std::optional<Attributes> attributesOf(xcb_window_t window);
-/// Where the window is on screen, empty when it is gone; for windows openbox does not manage as well.
+/// Where the window is on screen, empty when it is gone; for windows nobody manages as well.
 QRect screenRect(xcb_window_t window);
 /// The open menu of process `pid`: popups are override-redirect children of the root. Tooltips are too,
 /// and say what they are.

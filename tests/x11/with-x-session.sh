@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Runs a command inside a private X session: its own Xvfb, openbox as window manager, a private
-# session bus, and throwaway home and XDG folders, so a test never sees or changes the user's desktop.
+# Runs a command inside a private X session: its own Xvfb, a window manager, a private session bus, and
+# throwaway home and XDG folders, so a test never sees or changes the user's desktop.
 # Usage: with-x-session.sh COMMAND [ARGS...]; exits with the command's status.
+# VANTRIL_TEST_WM chooses the window manager (default openbox): openbox, mutter, kwin, xfwm4,
+# xfwm4-composite, marco, metacity, fluxbox, icewm or i3. The command sees it in VANTRIL_TEST_WM too.
 set -u
 
 if [ $# -eq 0 ]; then
@@ -9,14 +11,25 @@ if [ $# -eq 0 ]; then
     exit 2
 fi
 
+wm=${VANTRIL_TEST_WM:-openbox}
+case "$wm" in
+openbox | mutter | kwin | xfwm4 | xfwm4-composite | marco | metacity | fluxbox | icewm | i3) ;;
+*)
+    echo "with-x-session: unknown window manager '$wm'" >&2
+    exit 2
+    ;;
+esac
+export VANTRIL_TEST_WM="$wm"
+
 session=$(mktemp -d "${TMPDIR:-/tmp}/vantril-x.XXXXXX") || exit 1
 xvfb_pid=
+bus_pid=
 wm_pid=
 child_pid=
 
 cleanup() {
     local pid
-    for pid in "$child_pid" "$wm_pid" "$xvfb_pid"; do
+    for pid in "$child_pid" "$wm_pid" "$bus_pid" "$xvfb_pid"; do
         [ -n "$pid" ] && kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null
     done
     rm -rf "$session"
@@ -32,9 +45,22 @@ fail() {
     exit 1
 }
 
+# Polls `condition` every 0.1 s for up to `tenths` tries while the window manager lives.
+wait_until() {
+    local tenths=$1
+    shift
+    for _ in $(seq "$tenths"); do
+        "$@" && return 0
+        kill -0 "$wm_pid" 2>/dev/null || fail "$wm exited"
+        sleep 0.1
+    done
+    "$@"
+}
+
 # -displayfd lets the server pick a free display itself, so parallel sessions never collide, and it
 # writes the number only once it accepts connections. Without -noreset the server restarts whenever
-# its last client leaves, and a client connecting just then (openbox after the probe below) is refused.
+# its last client leaves, and a client connecting just then (the window manager after the probe below)
+# is refused.
 mkfifo "$session/displayfd"
 Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp -noreset 3>"$session/displayfd" >"$session/x.log" 2>&1 &
 xvfb_pid=$!
@@ -43,31 +69,72 @@ read -r -t 30 display <"$session/displayfd" || fail "Xvfb did not start"
 
 export DISPLAY=":$display"
 unset WAYLAND_DISPLAY XAUTHORITY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS DESKTOP_STARTUP_ID
+unset XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP DESKTOP_SESSION
 export HOME="$session/home"
 export XDG_CONFIG_HOME="$session/config"
 export XDG_DATA_HOME="$session/data"
 export XDG_CACHE_HOME="$session/cache"
 export XDG_RUNTIME_DIR="$session/runtime"
+# Autostart entries of the machine (/etc/xdg/autostart) must not start inside the session.
+export XDG_CONFIG_DIRS="$session/xdg-system"
 export VANTRIL_CONFIG_DIR="$session/vantril"
 export XDG_DATA_DIRS="${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
 export QT_QPA_PLATFORM=xcb
-mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$VANTRIL_CONFIG_DIR"
+# Desktop settings read through GSettings stay in memory, never in the machine's dconf database.
+export GSETTINGS_BACKEND=memory
+mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_CONFIG_DIRS" "$VANTRIL_CONFIG_DIR"
 mkdir -m 0700 "$XDG_RUNTIME_DIR"
 
 xprop -root >/dev/null 2>&1 || fail "display $DISPLAY does not answer"
 
-openbox --sm-disable >>"$session/x.log" 2>&1 &
-wm_pid=$!
-# Windows mapped before the window manager manages the screen would not get focus from it.
-for _ in $(seq 200); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
-    kill -0 "$wm_pid" 2>/dev/null || fail "openbox exited"
+# The session bus comes before the window manager: mutter, KWin and xfwm4 (through xfconf) talk on it.
+dbus-daemon --session --nofork --nopidfile --address="unix:path=$XDG_RUNTIME_DIR/bus" \
+    >>"$session/x.log" 2>&1 &
+bus_pid=$!
+export DBUS_SESSION_BUS_ADDRESS="unix:path=$XDG_RUNTIME_DIR/bus"
+for _ in $(seq 100); do
+    [ -S "$XDG_RUNTIME_DIR/bus" ] && break
     sleep 0.1
 done
-xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' || fail "openbox did not take over the screen"
+[ -S "$XDG_RUNTIME_DIR/bus" ] || fail "the session bus did not start"
+
+# A window manager that claims the screen names a check window on the root, which names itself.
+wm_check() {
+    local window
+    window=$(xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | sed -n 's/.*window id # \(0x[0-9a-fA-F]*\).*/\1/p')
+    [ -n "$window" ] && xprop -id "$window" _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -qi "$window"
+}
+i3_ready() {
+    xprop -root I3_SOCKET_PATH 2>/dev/null | grep -q '"'
+}
+
+case "$wm" in
+openbox) openbox --sm-disable >>"$session/x.log" 2>&1 & ;;
+mutter) mutter --x11 --replace --sm-disable >>"$session/x.log" 2>&1 & ;;
+kwin) kwin_x11 --replace >>"$session/x.log" 2>&1 & ;;
+xfwm4) xfwm4 --compositor=off --sm-client-disable >>"$session/x.log" 2>&1 & ;;
+xfwm4-composite) xfwm4 --compositor=on --sm-client-disable >>"$session/x.log" 2>&1 & ;;
+marco) marco --no-composite --sm-disable >>"$session/x.log" 2>&1 & ;;
+metacity) metacity --sm-disable >>"$session/x.log" 2>&1 & ;;
+fluxbox) fluxbox >>"$session/x.log" 2>&1 & ;;
+icewm) icewm >>"$session/x.log" 2>&1 & ;;
+i3)
+    # The stock configuration without what it starts (autostart entries, a screen locker, an applet)
+    # and without its status bar, whose status program is not installed.
+    mkdir -p "$XDG_CONFIG_HOME/i3"
+    sed -e '/^exec/d' -e '/^bar {/,/^}/d' /etc/i3/config >"$XDG_CONFIG_HOME/i3/config"
+    i3 -c "$XDG_CONFIG_HOME/i3/config" >>"$session/x.log" 2>&1 &
+    ;;
+esac
+wm_pid=$!
+# Windows mapped before the window manager manages the screen would not get focus from it. KWin takes
+# several seconds.
+wait_until 600 wm_check || fail "$wm did not take over the screen"
+# i3 names its check window before it has read its configuration; its command socket comes after.
+[ "$wm" = i3 ] && { wait_until 300 i3_ready || fail "i3 did not open its command socket"; }
 
 # In the background, so that a signal reaches the traps at once instead of after the command ends.
-dbus-run-session -- "$@" &
+"$@" &
 child_pid=$!
 wait "$child_pid"
 status=$?

@@ -130,12 +130,23 @@ std::optional<ContextApp> applicationOf(xcb_connection_t* connection, xcb_window
                       : QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid.first())).symLinkTarget();
     const QString executableName = QFileInfo(executable).fileName();
 
-    if (const auto entry = DesktopEntries::entryForWindow(namedId, instance, windowClass, executableName))
-        return ContextApp{entry->id, entry->name, entry->isTerminal || isTerminalClass(windowClass)};
-    const QString id = !namedId.isEmpty() ? namedId : !windowClass.isEmpty() ? windowClass : executableName;
-    if (id.isEmpty())
+    ContextApp app;
+    app.ownId = namedId;
+    app.windowClass = windowClass;
+    app.instance = instance;
+    app.isTerminal = isTerminalClass(windowClass);
+    if (const auto entry = DesktopEntries::entryForWindow(namedId, instance, windowClass, executableName)) {
+        app.id = entry->id;
+        app.name = entry->name;
+        app.desktopEntry = entry->id;
+        app.isTerminal = app.isTerminal || entry->isTerminal;
+        return app;
+    }
+    app.id = !namedId.isEmpty() ? namedId : !windowClass.isEmpty() ? windowClass : executableName;
+    if (app.id.isEmpty())
         return std::nullopt;
-    return ContextApp{id, windowClass.isEmpty() ? id : windowClass, isTerminalClass(windowClass)};
+    app.name = windowClass.isEmpty() ? app.id : windowClass;
+    return app;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <algorithm>
 #include <iterator>
+#include <vector>
 #include <xcb/shape.h>
 
 namespace {
@@ -40,6 +41,7 @@ bool X11PanelWindows::ensureAtoms()
     const QList<QByteArray> names = {
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE"),
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"),
+        QByteArrayLiteral("_NET_WM_WINDOW_TYPE_UTILITY"),
         QByteArrayLiteral("_NET_WM_STATE"),
         QByteArrayLiteral("_NET_WM_STATE_ABOVE"),
         QByteArrayLiteral("_NET_WM_STATE_STICKY"),
@@ -48,6 +50,9 @@ bool X11PanelWindows::ensureAtoms()
         QByteArrayLiteral("_NET_WM_DESKTOP"),
         QByteArrayLiteral("_NET_WM_CM_S") + QByteArray::number(defaultScreenNumber()),
         QByteArrayLiteral("_NET_WM_WINDOW_OPACITY"),
+        QByteArrayLiteral("_NET_SUPPORTED"),
+        QByteArrayLiteral("WM_PROTOCOLS"),
+        QByteArrayLiteral("WM_TAKE_FOCUS"),
     };
     // One round trip for all of them.
     const QList<xcb_atom_t> atoms = internAtoms(connection, names);
@@ -81,8 +86,14 @@ void X11PanelWindows::prepareDock(quintptr windowId)
     hints[1] = 0;
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32,
                         WmHintsFields, hints.data());
+    dropTakeFocus(window);
 
-    const xcb_atom_t type = m_atoms[WindowTypeDock];
+    // Tiling managers have no stacking layers (they leave _NET_WM_STATE_ABOVE out of _NET_SUPPORTED) and
+    // take a dock for a status bar of their own: i3 stretches it into a full-width strip along the screen's
+    // edge. A utility window is what they float, at its own place and above the tiled windows; STICKY then
+    // keeps it on every workspace. Stacking managers keep the dock: KWin hides the utility windows of an
+    // application that is not active, and this one never is.
+    const xcb_atom_t type = m_atoms[managerHasLayers() ? WindowTypeDock : WindowTypeUtility];
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[WindowType], XCB_ATOM_ATOM, 32, 1,
                         &type);
     // openbox ignores STICKY (it does not support it) but honours the desktop below; xfwm4 wants both.
@@ -94,6 +105,43 @@ void X11PanelWindows::prepareDock(quintptr windowId)
                         &AllDesktops);
     // The caller maps the window next through Qt, which may not flush before the map goes out.
     xcb_flush(connection);
+}
+
+bool X11PanelWindows::managerHasLayers()
+{
+    xcb_connection_t* connection = qtXcbConnection();
+    const auto supported = adoptReply(xcb_get_property_reply(
+        connection,
+        xcb_get_property(connection, 0, rootWindow(connection), m_atoms[Supported], XCB_ATOM_ATOM, 0, 4096),
+        nullptr));
+    // Without a window manager (or one that names no hints) nothing stretches a dock either.
+    if (!supported || supported->format != 32 || xcb_get_property_value_length(supported.get()) == 0)
+        return true;
+    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(supported.get()));
+    const int count = xcb_get_property_value_length(supported.get()) / 4;
+    return std::find(atoms, atoms + count, m_atoms[StateAbove]) != atoms + count;
+}
+
+void X11PanelWindows::dropTakeFocus(std::uint32_t window)
+{
+    // Qt offers WM_TAKE_FOCUS on every window. With input False that is the ICCCM's "globally active"
+    // model: marco, on a click, first moves the focus to a window of its own (_NET_ACTIVE_WINDOW becomes
+    // None) and then asks the panel to take it, which it never does, so keys and pastes went nowhere.
+    // Without it the panel is "no input" and no window manager gives it the focus.
+    xcb_connection_t* connection = qtXcbConnection();
+    const auto protocols = adoptReply(xcb_get_property_reply(
+        connection, xcb_get_property(connection, 0, window, m_atoms[Protocols], XCB_ATOM_ATOM, 0, 32),
+        nullptr));
+    if (!protocols || protocols->format != 32)
+        return;
+    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(protocols.get()));
+    std::vector<xcb_atom_t> kept(atoms, atoms + xcb_get_property_value_length(protocols.get()) / 4);
+    const auto end = std::remove(kept.begin(), kept.end(), m_atoms[TakeFocus]);
+    if (end == kept.end())
+        return;
+    kept.erase(end, kept.end());
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[Protocols], XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(kept.size()), kept.data());
 }
 
 bool X11PanelWindows::isCompositing()

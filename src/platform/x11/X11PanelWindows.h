@@ -20,6 +20,7 @@ private:
     {
         WindowType,
         WindowTypeDock,
+        WindowTypeUtility,
         State,
         StateAbove,
         StateSticky,
@@ -28,10 +29,15 @@ private:
         Desktop,
         CompositingManager,
         WindowOpacity,
+        Supported,
+        Protocols,
+        TakeFocus,
         AtomCount
     };
 
     bool ensureAtoms();
+    bool managerHasLayers();
+    void dropTakeFocus(std::uint32_t window);
 
     // xcb_atom_t, kept as a plain integer so that this header stays free of xcb.
     std::array<std::uint32_t, AtomCount> m_atoms{};
