@@ -1,8 +1,11 @@
 # The two entry points: `make run` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
-SOURCES = $(shell find src tests bench -name '*.cpp' -o -name '*.h' 2>/dev/null)
+SOURCES = $(shell find src tests bench fuzz -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
-.PHONY: run test build deps test-deps unit-asan format format-check clean
+# Seconds each fuzz target runs in `make fuzz`; `make test` gives each a few.
+FUZZ_SECONDS ?= 60
+
+.PHONY: run test build deps test-deps fuzz-deps unit-asan fuzz format format-check clean
 
 run: build
 	./build/src/vantril
@@ -10,6 +13,7 @@ run: build
 test: test-deps format-check build
 	ctest --preset default -j $(JOBS)
 	$(MAKE) unit-asan
+	$(MAKE) fuzz FUZZ_SECONDS=3
 
 build: deps
 	cmake --preset default >/dev/null
@@ -20,11 +24,20 @@ unit-asan: test-deps
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan -j $(JOBS)
 
+# Its own clang build in build-fuzz, so that it never slows or changes the normal build.
+fuzz: fuzz-deps
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	./scripts/fuzz.sh $(FUZZ_SECONDS)
+
 deps:
 	@./scripts/install-deps.sh build
 
 test-deps:
 	@./scripts/install-deps.sh test
+
+fuzz-deps:
+	@./scripts/install-deps.sh fuzz
 
 format:
 	clang-format -i $(SOURCES)
@@ -33,4 +46,4 @@ format-check: test-deps
 	@clang-format --dry-run --Werror $(SOURCES) && echo "Formatting: ok"
 
 clean:
-	rm -rf build build-asan
+	rm -rf build build-asan build-fuzz
