@@ -1,4 +1,5 @@
 #include "app/MenuModel.h"
+#include "app/UpdateVerdict.h"
 #include "app/Visibility.h"
 
 #include <QTest>
@@ -13,6 +14,8 @@ private Q_SLOTS:
     void hiddenBarReturnsAfterTwoRestingTicks();
     void manualHideIgnoresThePointer();
     void menuItemsFollowTheState();
+    void updateVerdictsShowOnlyWhatIsSafe_data();
+    void updateVerdictsShowOnlyWhatIsSafe();
 };
 
 namespace {
@@ -173,6 +176,46 @@ void TestShell::menuItemsFollowTheState()
     QCOMPARE(items.at(10).checked, std::optional<bool>(true));
     QCOMPARE(items.at(11).checked, std::optional<bool>(false));
     QCOMPARE(items.at(12).checked, std::optional<bool>(true));
+}
+
+void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()
+{
+    QTest::addColumn<QByteArray>("feed");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("link");
+    const QString newer = QStringLiteral("Vantril 2.0 is available (you have 1.0).");
+    QTest::newRow("newer with a link")
+        << QByteArray(R"({"version": "2.0", "url": "https://example.org/v2?a=1&b=2"})")
+        << newer + QStringLiteral("<br><a href=\"https://example.org/v2?a=1&amp;b=2\">"
+                                  "https://example.org/v2?a=1&amp;b=2</a>")
+        << QStringLiteral("https://example.org/v2?a=1&b=2");
+    QTest::newRow("same version") << QByteArray(R"({"version": "1.0"})")
+                                  << QStringLiteral("Vantril 1.0 is up to date.") << QString();
+    QTest::newRow("no version") << QByteArray(R"({"url": "https://example.org"})")
+                                << QStringLiteral("The update feed could not be read.") << QString();
+    QTest::newRow("markup after the number is text")
+        << QByteArray(R"({"version": "2.0<img src=x onerror=alert(1)>"})")
+        << QStringLiteral("Vantril 2.0&lt;img src=x onerror=alert(1)&gt; is available (you have 1.0).")
+        << QString();
+    QTest::newRow("plain http is no link")
+        << QByteArray(R"({"version": "2.0", "url": "http://example.org/v2"})") << newer << QString();
+    QTest::newRow("script is no link")
+        << QByteArray(R"j({"version": "2.0", "url": "javascript:alert(1)"})j") << newer << QString();
+    QTest::newRow("local file is no link")
+        << QByteArray(R"({"version": "2.0", "url": "file:///etc/passwd"})") << newer << QString();
+    QTest::newRow("markup in the address is no link")
+        << QByteArray(R"({"version": "2.0", "url": "https://example.org/\"><b>x</b>"})") << newer
+        << QString();
+}
+
+void TestShell::updateVerdictsShowOnlyWhatIsSafe()
+{
+    QFETCH(QByteArray, feed);
+    QFETCH(QString, text);
+    QFETCH(QString, link);
+    QString given;
+    QCOMPARE(UpdateVerdict::of(feed, QStringLiteral("1.0"), &given), text);
+    QCOMPARE(given, link);
 }
 
 QTEST_APPLESS_MAIN(TestShell)
