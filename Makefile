@@ -1,9 +1,12 @@
 # The entry points: `make run`, `make test` and `make test-desktops` (the end-to-end checks under every
 # window manager of the desktop matrix, as a table). Each installs what it needs first.
 JOBS ?= $(shell nproc)
-SOURCES = $(shell find src tests bench -name '*.cpp' -o -name '*.h' 2>/dev/null)
+SOURCES = $(shell find src tests bench fuzz -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
-.PHONY: run test test-desktops build deps test-deps desktop-deps unit-asan format format-check clean
+# Seconds each fuzz target runs in `make fuzz`; `make test` gives each a few.
+FUZZ_SECONDS ?= 60
+
+.PHONY: run test test-desktops build deps test-deps desktop-deps fuzz-deps unit-asan fuzz format format-check clean
 
 run: build
 	./build/src/vantril
@@ -11,6 +14,7 @@ run: build
 test: test-deps format-check build
 	ctest --preset default -j $(JOBS)
 	$(MAKE) unit-asan
+	$(MAKE) fuzz FUZZ_SECONDS=3
 
 test-desktops: desktop-deps build
 	./scripts/test-desktops.sh
@@ -24,6 +28,12 @@ unit-asan: test-deps
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan -j $(JOBS)
 
+# Its own clang build in build-fuzz, so that it never slows or changes the normal build.
+fuzz: fuzz-deps
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	./scripts/fuzz.sh $(FUZZ_SECONDS)
+
 deps:
 	@./scripts/install-deps.sh build
 
@@ -33,6 +43,9 @@ test-deps:
 desktop-deps:
 	@./scripts/install-deps.sh desktops
 
+fuzz-deps:
+	@./scripts/install-deps.sh fuzz
+
 format:
 	clang-format -i $(SOURCES)
 
@@ -40,4 +53,4 @@ format-check: test-deps
 	@clang-format --dry-run --Werror $(SOURCES) && echo "Formatting: ok"
 
 clean:
-	rm -rf build build-asan
+	rm -rf build build-asan build-fuzz

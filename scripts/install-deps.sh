@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that building (with "test": testing; with "desktops": testing under
-# every window manager of the desktop matrix) Vantril needs.
+# every window manager of the desktop matrix; with "fuzz": fuzzing) Vantril needs.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -11,15 +11,18 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
 # openbox for every end-to-end test; xfwm4 and fluxbox for the part of the window-manager matrix `make test`
 # runs.
 test_packages=(clang-format xvfb xauth openbox xfwm4 fluxbox xdotool x11-utils x11-xserver-utils xclip imagemagick
-    trayer)
+    trayer desktop-file-utils)
 # The rest of the window managers of the matrix. marco aborts without the MATE mouse settings schema, which
 # comes with the settings daemon's data, not with marco itself.
 desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm i3-wm)
+# libFuzzer and the sanitizers' run-time come with clang.
+fuzz_packages=(clang-14 libclang-rt-14-dev)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
-test) packages+=("${test_packages[@]}") ;;
+test) packages+=("${test_packages[@]}" "${fuzz_packages[@]}") ;;
 desktops) packages+=("${test_packages[@]}" "${desktop_packages[@]}") ;;
+fuzz) packages+=("${fuzz_packages[@]}") ;;
 esac
 
 missing=()

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void newFolderNeverOverwrites();
     void pressRefusesBadTextAndMissingTrust();
     void pasteRestoresThePlainTextLater();
+    void pasteRestoresOnlyWhileItsTextIsThere_data();
+    void pasteRestoresOnlyWhileItsTextIsThere();
     void shortcutNamesAreSortedExecutables();
 };
 
@@ -310,27 +312,55 @@ void TestActions::pasteRestoresThePlainTextLater()
              (QStringList{QStringLiteral("waited 500 ms"), QStringLiteral("clipboard clear"),
                           QStringLiteral("clipboard set user text")}));
 
-    // Nothing textual to keep (an image, say): the clipboard is left empty.
-    platform.calls.clear();
-    platform.clipboardText.reset();
-    actions.run(button(QStringLiteral("paste"), QStringLiteral("Hello")));
-    platform.runPending();
-    QCOMPARE(platform.calls.last(), QStringLiteral("clipboard clear"));
-    QVERIFY(!platform.clipboardText);
-
     // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
     platform.calls.clear();
     actions.keys().setPasteKeys(QStringLiteral("ctrl+shift+v"));
     actions.run(button(QStringLiteral("paste"), QStringLiteral("ls")));
     QCOMPARE(platform.calls.last(), QStringLiteral("post key=9 flags=393216"));
-    actions.keys().setPasteKeys(QStringLiteral("ctrl+v"));
+}
 
-    // Two pastes within the delay: the second saves the first's text and restores it last.
-    platform.clipboardText = QStringLiteral("original");
-    actions.keys().paste(QStringLiteral("one"));
-    actions.keys().paste(QStringLiteral("two"));
+void TestActions::pasteRestoresOnlyWhileItsTextIsThere_data()
+{
+    // "-" stands for a clipboard without text (empty, or an image); "meanwhile" is what the user copies
+    // between the paste and the restore, if anything.
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("pastes");
+    QTest::addColumn<QString>("meanwhile");
+    QTest::addColumn<QString>("after");
+    const auto row = [](const char* name, const char* before, const char* pastes, const char* meanwhile,
+                        const char* after) {
+        QTest::newRow(name) << QString::fromUtf8(before) << QString::fromUtf8(pastes)
+                            << QString::fromUtf8(meanwhile) << QString::fromUtf8(after);
+    };
+    row("text comes back", "user text", "Hello", "", "user text");
+    row("image is not kept", "-", "Hello", "", "-");
+    row("text copied meanwhile stays", "user text", "Hello", "copied", "copied");
+    row("image copied meanwhile stays", "user text", "Hello", "-", "-");
+    row("two pastes: the first's text comes back last", "original", "one,two", "", "one");
+    row("same text twice", "original", "x,x", "", "original");
+}
+
+void TestActions::pasteRestoresOnlyWhileItsTextIsThere()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, pastes);
+    QFETCH(QString, meanwhile);
+    QFETCH(QString, after);
+    const auto clipboard = [](const QString& text) {
+        return text == QLatin1String("-") ? std::nullopt : std::optional<QString>(text);
+    };
+    FakePlatform platform;
+    platform.clipboardText = clipboard(before);
+    Actions actions(platform);
+    for (const QString& text : pastes.split(QLatin1Char(',')))
+        actions.keys().paste(text);
+    if (!meanwhile.isEmpty())
+        platform.clipboardText = clipboard(meanwhile);
+    platform.calls.clear();
     platform.runPending();
-    QCOMPARE(platform.clipboardText, std::optional<QString>(QStringLiteral("one")));
+    QCOMPARE(platform.clipboardText, clipboard(after));
+    if (!meanwhile.isEmpty()) // what the user copied is not even touched
+        QCOMPARE(platform.calls, QStringList{QStringLiteral("waited 500 ms")});
 }
 
 void TestActions::shortcutNamesAreSortedExecutables()

@@ -1,12 +1,15 @@
 #include "TestSupport.h"
 #include "actions/Actions.h"
 #include "config/BarConfig.h"
+#include "platform/DesktopEntryFile.h"
 #include "platform/Platform.h"
 
 #include <QDBusConnection>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 #include <sys/stat.h>
 
@@ -36,6 +39,8 @@ private Q_SLOTS:
     void documentsAndAddressesOpenInTheirDefaults();
     void shellCommandsRunInTheLoginShellWithoutBlocking();
     void newFoldersAreNumberedAndRevealed();
+    void launchAtLoginEntryStartsTheProgramWhereverItIs_data();
+    void launchAtLoginEntryStartsTheProgramWhereverItIs();
 
 private:
     void writeEntry(const QString& id, const QString& name, const QString& tag, const QString& extra = {});
@@ -188,6 +193,60 @@ void TestDesktopLaunch::newFoldersAreNumberedAndRevealed()
     QTRY_COMPARE_WITH_TIMEOUT(
         fileManager.shown,
         QStringList{QUrl::fromLocalFile(desktop + QStringLiteral("/untitled folder 2")).toString()}, 10000);
+}
+
+void TestDesktopLaunch::launchAtLoginEntryStartsTheProgramWhereverItIs_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("exec"); // as written after "Exec=", the program's path following the folder
+    QTest::addColumn<bool>("glibStartsIt");
+    QTest::newRow("plain") << QStringLiteral("plain") << QStringLiteral("\"%1/plain/vantril\"") << true;
+    QTest::newRow("spaces") << QStringLiteral("my programs") << QStringLiteral("\"%1/my programs/vantril\"")
+                            << true;
+    QTest::newRow("shell specials") << QStringLiteral("$HOME `id` \"q\" 'single' ;|&<>*?#()")
+                                    << QStringLiteral("\"%1/\\\\$HOME \\\\`id\\\\` \\\\\"q\\\\\" "
+                                                      "'single' ;|&<>*?#()/vantril\"")
+                                    << true;
+    QTest::newRow("backslashes") << QStringLiteral("back\\slash")
+                                 << QStringLiteral("\"%1/back\\\\\\\\slash/vantril\"") << true;
+    // GLib looks for the program before it undoes "%%", finds none, and refuses the whole entry, so GNOME
+    // would not start this one; the line still follows the rules, which other desktops read correctly.
+    QTest::newRow("percent signs") << QStringLiteral("100% %U %f")
+                                   << QStringLiteral("\"%1/100%% %%U %%f/vantril\"") << false;
+    QTest::newRow("not ASCII") << QStringLiteral("Programme für Ärger")
+                               << QStringLiteral("\"%1/Programme für Ärger/vantril\"") << true;
+}
+
+void TestDesktopLaunch::launchAtLoginEntryStartsTheProgramWhereverItIs()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, exec);
+    QFETCH(bool, glibStartsIt);
+    const QString base = m_home + QStringLiteral("/launch");
+    const QString program = base + QLatin1Char('/') + folder + QStringLiteral("/vantril");
+    QVERIFY(QDir().mkpath(base + QLatin1Char('/') + folder));
+    // It says how many arguments it got: a field code left in the line or a path split in two adds some.
+    QVERIFY(writeAll(program,
+                     QStringLiteral("#!/bin/sh\necho \"started with $#\" >> '%1'\n").arg(m_record).toUtf8()));
+    QVERIFY(QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+
+    const QString line = desktopEntryExecArgument(program);
+    QCOMPARE(line, exec.arg(base));
+    const QString entry = base + QStringLiteral("/vantril.desktop");
+    QVERIFY(writeAll(entry, (QStringLiteral("[Desktop Entry]\nType=Application\nName=Vantril\nExec=") + line +
+                             QStringLiteral("\n"))
+                                .toUtf8()));
+    const QString validator = QStandardPaths::findExecutable(QStringLiteral("desktop-file-validate"));
+    if (!validator.isEmpty()) {
+        QProcess validate;
+        validate.start(validator, {entry});
+        QVERIFY(validate.waitForFinished(30000));
+        QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
+    }
+    if (!glibStartsIt)
+        return;
+    QVERIFY(m_platform->launcher().launchApplication(entry, {}));
+    QTRY_COMPARE_WITH_TIMEOUT(recorded(), QStringList{QStringLiteral("started with 0")}, 10000);
 }
 
 QTEST_MAIN(TestDesktopLaunch)

@@ -154,18 +154,27 @@ void TestFolderListing::hiddenEntriesAreLeftOut()
 
 void TestFolderListing::longFoldersShowTheFirstEntriesAndCountTheRest_data()
 {
+    // With "rows", the listing is limited to that many rows, the opening and counting ones included.
     QTest::addColumn<int>("count");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("shown");
     QTest::addColumn<QString>("overflow");
-    QTest::newRow("2") << 2 << QString();
-    QTest::newRow("24") << 24 << QString();
-    QTest::newRow("25") << 25 << kEllipsis + QStringLiteral(" 1 more");
-    QTest::newRow("30") << 30 << kEllipsis + QStringLiteral(" 6 more");
-    QTest::newRow("1000") << 1000 << kEllipsis + QStringLiteral(" 976 more");
+    QTest::newRow("2") << 2 << -1 << 2 << QString();
+    QTest::newRow("24") << 24 << -1 << 24 << QString();
+    QTest::newRow("25") << 25 << -1 << 24 << kEllipsis + QStringLiteral(" 1 more");
+    QTest::newRow("30") << 30 << -1 << 24 << kEllipsis + QStringLiteral(" 6 more");
+    QTest::newRow("1000") << 1000 << -1 << 24 << kEllipsis + QStringLiteral(" 976 more");
+    QTest::newRow("30 in 20 rows") << 30 << 20 << 18 << kEllipsis + QStringLiteral(" 12 more");
+    QTest::newRow("5 in 6 rows") << 5 << 6 << 5 << QString();
+    QTest::newRow("6 in 6 rows") << 6 << 6 << 4 << kEllipsis + QStringLiteral(" 2 more");
+    QTest::newRow("30 in 2 rows") << 30 << 2 << 0 << kEllipsis + QStringLiteral(" 30 more");
 }
 
 void TestFolderListing::longFoldersShowTheFirstEntriesAndCountTheRest()
 {
     QFETCH(int, count);
+    QFETCH(int, rows);
+    QFETCH(int, shown);
     QFETCH(QString, overflow);
 
     // One folder and count - 1 files, created from the largest name down so that the entries shown are
@@ -175,18 +184,20 @@ void TestFolderListing::longFoldersShowTheFirstEntriesAndCountTheRest()
     for (int i = count - 1; i >= 1; --i)
         makeFile(dir.filePath(QStringLiteral("f%1").arg(i)));
 
-    const QList<ButtonSpec> rows = FolderListing::items(dir.path(), std::nullopt);
+    const QList<ButtonSpec> listing = FolderListing::items(
+        dir.path(), std::nullopt, rows < 0 ? std::nullopt : std::optional<qsizetype>(rows));
     QStringList wanted{QStringLiteral("z%1").arg(count)};
-    for (int i = 1; i < std::min(count, 24); ++i)
+    for (int i = 1; i < count; ++i)
         wanted.append(QStringLiteral("f%1").arg(i));
-    QCOMPARE(entryTitles(rows), wanted);
+    QCOMPARE(entryTitles(listing), wanted.mid(0, shown));
 
     if (overflow.isEmpty()) {
-        QCOMPARE(rows.size(), 1 + count);
+        QCOMPARE(listing.size(), 1 + count);
         return;
     }
-    QCOMPARE(rows.size(), 1 + 24 + 1);
-    QCOMPARE(rows.last(), expected(overflow, QStringLiteral("ellipsis"), QStringLiteral("open"), dir.path()));
+    QCOMPARE(listing.size(), 1 + shown + 1);
+    QCOMPARE(listing.last(),
+             expected(overflow, QStringLiteral("ellipsis"), QStringLiteral("open"), dir.path()));
 }
 
 void TestFolderListing::longNamesAreShortened()

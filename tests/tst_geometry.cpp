@@ -2,6 +2,7 @@
 #include "platform/DisplayNumber.h"
 
 #include <QTest>
+#include <limits>
 
 /// Placement arithmetic. The cases come from a screen 1440 × 900 whose bottom 25 pixels are taken by a
 /// panel; positions are Qt's (y down), and fractions are measured from the bottom-left corner.
@@ -12,10 +13,14 @@ class TestGeometry : public QObject
 private Q_SLOTS:
     void defaultPlaceIsCentredNearTheEdge();
     void savedPlaceIsClampedIntoTheAvailableArea();
+    void hostileNumbersKeepTheBarOnScreen_data();
+    void hostileNumbersKeepTheBarOnScreen();
     void fractionsRoundTrip();
     void directionFollowsTheHalfOfTheScreen();
     void refitKeepsLeftAndBottomEdges();
     void flyoutsHangFromTheirChip();
+    void tallFlyoutsGetTheRoomThereIs_data();
+    void tallFlyoutsGetTheRoomThereIs();
     void displayNumbersAreStableHashes();
 };
 
@@ -49,6 +54,54 @@ void TestGeometry::savedPlaceIsClampedIntoTheAvailableArea()
     QCOMPARE(Geometry::clampToAvailable(QPoint(0, 0), QSize(100, 1000), panelsTopAndBottom).y(), 875 - 1000);
     // Above the area: moved down into it.
     QCOMPARE(Geometry::clampToAvailable(QPoint(10, 0), QSize(100, 40), panelsTopAndBottom), QPoint(10, 25));
+}
+
+void TestGeometry::hostileNumbersKeepTheBarOnScreen_data()
+{
+    // A start-up offset ("dx,dy", y up) from a bar at (570, 500), or saved fractions when it is empty;
+    // a null origin means the bar does not move.
+    QTest::addColumn<QString>("offset");
+    QTest::addColumn<double>("ox");
+    QTest::addColumn<double>("oy");
+    QTest::addColumn<QPoint>("origin");
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const auto offset = [](const char* name, const char* text, QPoint origin) {
+        QTest::newRow(name) << QString::fromLatin1(text) << 0.0 << 0.0 << origin;
+    };
+    offset("moved", "10,-20.4", QPoint(580, 520));
+    offset("not finite", "nan,nan", QPoint());
+    offset("infinite", "inf,-inf", QPoint());
+    offset("one number", "10", QPoint());
+    offset("three numbers", "1,2,3", QPoint());
+    offset("words", "left,up", QPoint());
+    offset("beyond every screen", "1e300,1e300", QPoint(1140, 25));
+    offset("beyond int", "3000000000,0", QPoint(1140, 500));
+    offset("beyond int the other way", "-3000000000,-1e20", QPoint(0, 835));
+    const auto fractions = [](const char* name, double ox, double oy, QPoint origin) {
+        QTest::newRow(name) << QString() << ox << oy << origin;
+    };
+    fractions("huge fractions", 1e300, 1e300, QPoint(1140, 25));
+    fractions("huge negative fractions", -1e300, -1e300, QPoint(0, 835));
+    fractions("infinite fractions", inf, -inf, QPoint(1140, 835));
+    fractions("fractions that are no numbers", nan, nan, QPoint(0, 25));
+}
+
+void TestGeometry::hostileNumbersKeepTheBarOnScreen()
+{
+    QFETCH(QString, offset);
+    QFETCH(double, ox);
+    QFETCH(double, oy);
+    QFETCH(QPoint, origin);
+    const QSize size(300, 40);
+    if (offset.isNull()) {
+        QCOMPARE(Geometry::originFromFractions({ox, oy}, size, screen, panelsTopAndBottom), origin);
+        return;
+    }
+    const auto parsed = Geometry::offsetFrom(offset);
+    QCOMPARE(parsed.has_value(), !origin.isNull());
+    if (parsed)
+        QCOMPARE(Geometry::movedBy(QPoint(570, 500), *parsed, size, panelsTopAndBottom), origin);
 }
 
 void TestGeometry::fractionsRoundTrip()
@@ -104,6 +157,36 @@ void TestGeometry::flyoutsHangFromTheirChip()
     // No screen known: above the bar, clamped to the bar itself.
     QCOMPARE(Geometry::flyoutOrigin(highBar, chip, QSize(100, 50), std::nullopt, std::nullopt),
              QPoint(600, -48));
+}
+
+void TestGeometry::tallFlyoutsGetTheRoomThereIs_data()
+{
+    // Rows 30 pixels tall, 6 apart, 8 pixels of margin: 27 rows (a long folder listing) take 982 pixels.
+    QTest::addColumn<QRect>("bar");
+    QTest::addColumn<QRect>("available");
+    QTest::addColumn<int>("room");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("top"); // of a flyout 982 pixels tall
+    QTest::newRow("above a bar at the bottom") << QRect(570, 829, 300, 40) << panelAtBottom << 821 << 22 << 4;
+    QTest::newRow("below a bar at the top") << QRect(570, 6, 300, 40) << panelAtBottom << 821 << 22 << 4;
+    QTest::newRow("800 pixels high") << QRect(570, 754, 300, 40) << QRect(0, 0, 1440, 800) << 746 << 20 << 4;
+    QTest::newRow("under panels at both ends")
+        << QRect(570, 829, 300, 40) << panelsTopAndBottom << 796 << 21 << 29;
+    QTest::newRow("no room at all") << QRect(0, 0, 300, 900) << screen << 0 << 0 << 4;
+}
+
+void TestGeometry::tallFlyoutsGetTheRoomThereIs()
+{
+    QFETCH(QRect, bar);
+    QFETCH(QRect, available);
+    QFETCH(int, room);
+    QFETCH(int, rows);
+    QFETCH(int, top);
+    QCOMPARE(Geometry::flyoutRoom(bar, screen, available), std::optional<int>(room));
+    QCOMPARE(Geometry::rowsFitting(room, 30, 6, 8), rows);
+    QCOMPARE(Geometry::rowsFitting(rows * 36 - 6 + 16, 30, 6, 8), rows);
+    // Placed whole, the first rows stay inside the area even when the flyout is too tall for it.
+    QCOMPARE(Geometry::flyoutOrigin(bar, QRectF(40, 6, 80, 28), QSize(200, 982), screen, available).y(), top);
 }
 
 void TestGeometry::displayNumbersAreStableHashes()

@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 #include "app/Hotkey.h"
 #include "app/MenuModel.h"
+#include "app/UpdateVerdict.h"
 #include "app/Visibility.h"
 #include "platform/fake/FakePlatform.h"
 
@@ -17,6 +18,8 @@ private Q_SLOTS:
     void manualHideIgnoresThePointer();
     void menuItemsFollowTheState();
     void hotKeyHeldElsewhereIsReportedOncePerText();
+    void updateVerdictsShowOnlyWhatIsSafe_data();
+    void updateVerdictsShowOnlyWhatIsSafe();
 };
 
 namespace {
@@ -198,6 +201,46 @@ void TestShell::hotKeyHeldElsewhereIsReportedOncePerText()
     platform.grabRefused = false;
     hotkey.update(QStringLiteral("ctrl+alt+j"));
     QCOMPARE(log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts).size(), 2);
+}
+
+void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()
+{
+    QTest::addColumn<QByteArray>("feed");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("link");
+    const QString newer = QStringLiteral("Vantril 2.0 is available (you have 1.0).");
+    QTest::newRow("newer with a link")
+        << QByteArray(R"({"version": "2.0", "url": "https://example.org/v2?a=1&b=2"})")
+        << newer + QStringLiteral("<br><a href=\"https://example.org/v2?a=1&amp;b=2\">"
+                                  "https://example.org/v2?a=1&amp;b=2</a>")
+        << QStringLiteral("https://example.org/v2?a=1&b=2");
+    QTest::newRow("same version") << QByteArray(R"({"version": "1.0"})")
+                                  << QStringLiteral("Vantril 1.0 is up to date.") << QString();
+    QTest::newRow("no version") << QByteArray(R"({"url": "https://example.org"})")
+                                << QStringLiteral("The update feed could not be read.") << QString();
+    QTest::newRow("markup after the number is text")
+        << QByteArray(R"({"version": "2.0<img src=x onerror=alert(1)>"})")
+        << QStringLiteral("Vantril 2.0&lt;img src=x onerror=alert(1)&gt; is available (you have 1.0).")
+        << QString();
+    QTest::newRow("plain http is no link")
+        << QByteArray(R"({"version": "2.0", "url": "http://example.org/v2"})") << newer << QString();
+    QTest::newRow("script is no link")
+        << QByteArray(R"j({"version": "2.0", "url": "javascript:alert(1)"})j") << newer << QString();
+    QTest::newRow("local file is no link")
+        << QByteArray(R"({"version": "2.0", "url": "file:///etc/passwd"})") << newer << QString();
+    QTest::newRow("markup in the address is no link")
+        << QByteArray(R"({"version": "2.0", "url": "https://example.org/\"><b>x</b>"})") << newer
+        << QString();
+}
+
+void TestShell::updateVerdictsShowOnlyWhatIsSafe()
+{
+    QFETCH(QByteArray, feed);
+    QFETCH(QString, text);
+    QFETCH(QString, link);
+    QString given;
+    QCOMPARE(UpdateVerdict::of(feed, QStringLiteral("1.0"), &given), text);
+    QCOMPARE(given, link);
 }
 
 QTEST_APPLESS_MAIN(TestShell)

@@ -10,7 +10,7 @@
 #include "TestSupport.h"
 #include "app/InstancePaths.h"
 #include "app/MenuModel.h"
-#include "app/Updater.h"
+#include "app/UpdateVerdict.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -618,7 +618,7 @@ void TestShellEndToEnd::updateCheckReportsTheNewerVersion()
                           QMessageBox::Ok);
     reference.setTextFormat(Qt::RichText);
     reference.setTextInteractionFlags(Qt::TextBrowserInteraction);
-    reference.setText(Updater::verdict(body, QStringLiteral(VANTRIL_VERSION)));
+    reference.setText(UpdateVerdict::of(body, QStringLiteral(VANTRIL_VERSION)));
     reference.setAttribute(Qt::WA_DontShowOnScreen);
     reference.show();
     const auto* label = reference.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));

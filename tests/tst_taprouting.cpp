@@ -128,6 +128,13 @@ void TestTapRouting::savedPositionNeedsBothFractions()
         const auto odd = Preferences().barPosition();
         QVERIFY(odd);
         QCOMPARE(odd->display, 0u); // a display that is not a number reads as 0
+        // Numbers, but no place: left to the default position. Huge ones are clamped when placing.
+        for (const char* text : {"ox=nan\noy=0.5", "ox=0.5\noy=inf", "ox=-inf\noy=-inf"}) {
+            QVERIFY(writeAll(ini, QByteArray("[barPosition]\n") + text + "\n"));
+            QVERIFY2(!Preferences().barPosition(), text);
+        }
+        QVERIFY(writeAll(ini, "[barPosition]\nox=1e300\noy=-1e300\n"));
+        QVERIFY(Preferences().barPosition());
     }
     Preferences().setBarPosition({4000000000u, 0.1, 0.9});
     const auto saved = Preferences().barPosition();

@@ -169,6 +169,13 @@ void TestWriter::escapesStrings_data()
     QTest::newRow("non-ascii stays raw") << QStringLiteral("Grüße — 📁") << QByteArray("\"Grüße — 📁\"");
     QTest::newRow("line separators stay raw")
         << QStringLiteral("a\u2028b\u2029") << QByteArray("\"a\u2028b\u2029\"");
+    // Halves of a pair on their own have no UTF-8 form; they must not come back as "?".
+    QTest::newRow("lone high surrogate") << QString(QChar(0xd83d)) + u'x' << QByteArray(R"("\ud83dx")");
+    QTest::newRow("lone low surrogate at the end")
+        << u'x' + QString(QChar(0xdcc1)) << QByteArray(R"("x\udcc1")");
+    QTest::newRow("byte order mark first") << QStringLiteral("\ufeffa") << QByteArray(R"("\ufeffa")");
+    QTest::newRow("pair in the wrong order")
+        << QString(QChar(0xde00)) + QChar(0xd83d) << QByteArray(R"("\ude00\ud83d")");
 }
 
 void TestWriter::escapesStrings()

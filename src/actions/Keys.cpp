@@ -39,10 +39,13 @@ void Keys::paste(const QString& text)
     m_clipboard.clear();
     m_clipboard.setText(text);
     press(m_pasteKeys);
-    // Unconditional, even if something else was copied meanwhile: a second paste within the delay
-    // saves this paste's text and so restores it last, which is accepted.
+    // Only while the clipboard still holds the pasted text is it ours to put back: whatever the user
+    // copied meanwhile stays. A second paste within the delay saved this paste's text and so restores it
+    // last, which is accepted.
     Clipboard& clipboard = m_clipboard;
-    m_scheduler.after(restoreDelayMs, [&clipboard, saved] {
+    m_scheduler.after(restoreDelayMs, [&clipboard, saved, text] {
+        if (clipboard.text() != text)
+            return;
         clipboard.clear();
         if (saved)
             clipboard.setText(*saved);

@@ -15,8 +15,8 @@ public:
 
     /// Presses a combination such as "ctrl+shift+t"; logs "Bad key combo: …" and beeps for invalid text.
     void press(const QString& text);
-    /// Types the text by way of the clipboard: the user's plain text is put back half a second later,
-    /// whatever happened in between (an image on the clipboard is not kept).
+    /// Types the text by way of the clipboard: half a second later, if the clipboard still holds that
+    /// text, the user's plain text is put back (an image on the clipboard is not kept).
     void paste(const QString& text);
     /// The keystroke that pastes in the application in front: terminals take "ctrl+shift+v".
     void setPasteKeys(const QString& combo) { m_pasteKeys = combo; }

@@ -260,15 +260,12 @@ void AppDelegate::screensChanged()
 void AppDelegate::scheduleStartupMoves(const QProcessEnvironment& environment)
 {
     if (environment.contains(QStringLiteral("VANTRIL_MOVE"))) {
-        const QStringList parts = environment.value(QStringLiteral("VANTRIL_MOVE")).split(QLatin1Char(','));
-        bool okX = false;
-        bool okY = false;
-        const double dx = parts.size() == 2 ? parts.at(0).toDouble(&okX) : 0;
-        const double dy = parts.size() == 2 ? parts.at(1).toDouble(&okY) : 0;
-        if (okX && okY) {
-            QTimer::singleShot(500, this, [this, dx, dy] {
-                // The offset counts y upwards, like the saved position.
-                m_panel->move(m_panel->pos() + QPoint(qRound(dx), -qRound(dy)));
+        if (const auto offset = Geometry::offsetFrom(environment.value(QStringLiteral("VANTRIL_MOVE")))) {
+            QTimer::singleShot(500, this, [this, offset = *offset] {
+                const QRect frame = m_panel->frameGeometry();
+                const auto screen = m_platform->screens().screenOf(frame);
+                const QRect available = screen ? screen->available : frame;
+                m_panel->move(Geometry::movedBy(m_panel->pos(), offset, m_panel->size(), available));
             });
         }
     }

@@ -1,12 +1,15 @@
 #include "Preferences.h"
 
+#include <cmath>
+
 namespace {
 
 std::optional<double> number(const QVariant& value)
 {
     bool ok = false;
     const double result = value.toDouble(&ok);
-    return ok && value.isValid() ? std::optional<double>(result) : std::nullopt;
+    // "nan" and "inf" read as numbers, but no place on a screen is that far.
+    return ok && value.isValid() && std::isfinite(result) ? std::optional<double>(result) : std::nullopt;
 }
 
 } // namespace

@@ -17,7 +17,8 @@ public:
         double ox = 0;
         double oy = 0;
     };
-    /// Nothing when absent or when "ox" or "oy" is missing or not a number; a bad "display" reads as 0.
+    /// Nothing when absent or when "ox" or "oy" is missing or not a finite number; a bad "display" reads
+    /// as 0.
     std::optional<BarPosition> barPosition() const;
     void setBarPosition(const BarPosition& position);
 

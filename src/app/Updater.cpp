@@ -1,34 +1,15 @@
 #include "Updater.h"
 
+#include "app/UpdateVerdict.h"
+
 #include <QCoreApplication>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMessageBox>
 #include <QNetworkReply>
-#include <QVersionNumber>
 
 Updater::Updater(QUrl feed, QObject* parent)
     : QObject(parent)
     , m_feed(std::move(feed))
 {}
-
-QString Updater::verdict(const QByteArray& feed, const QString& ownVersion, QString* link)
-{
-    const QJsonObject object = QJsonDocument::fromJson(feed).object();
-    const QString latest = object.value(QStringLiteral("version")).toString();
-    const QVersionNumber theirs = QVersionNumber::fromString(latest);
-    if (theirs.isNull())
-        return QStringLiteral("The update feed could not be read.");
-    if (theirs <= QVersionNumber::fromString(ownVersion))
-        return QStringLiteral("Vantril %1 is up to date.").arg(ownVersion);
-    const QString url = object.value(QStringLiteral("url")).toString();
-    if (link)
-        *link = url;
-    QString text = QStringLiteral("Vantril %1 is available (you have %2).").arg(latest, ownVersion);
-    if (!url.isEmpty())
-        text += QStringLiteral("<br><a href=\"%1\">%1</a>").arg(url.toHtmlEscaped());
-    return text;
-}
 
 void Updater::check()
 {
@@ -41,7 +22,7 @@ void Updater::check()
             show(QStringLiteral("Could not check for updates: %1").arg(reply->errorString().toHtmlEscaped()));
             return;
         }
-        show(verdict(reply->readAll(), QCoreApplication::applicationVersion()));
+        show(UpdateVerdict::of(reply->readAll(), QCoreApplication::applicationVersion()));
     });
 }
 

@@ -42,7 +42,12 @@ void FlyoutController::open(const QList<ButtonSpec>& items, const QString& id, c
     // Known before the rows are made: a listing's rows get no button menu.
     m_listingRoot = listingRoot;
     auto* panel = new BarPanel(m_platform.panelWindows(), QStringLiteral("Vantril flyout"));
-    panel->setContent(new FlyoutView(items, m_handlers, &m_drag));
+    auto* view = new FlyoutView(items, m_handlers, &m_drag);
+    const std::optional<int> height = room();
+    if (height && view->sizeHint().height() > *height)
+        panel->setContent(FlyoutView::scrolling(view, *height));
+    else
+        panel->setContent(view);
 
     const QRect bar = m_bar->frameGeometry();
     const auto screen = m_platform.screens().screenOf(bar);
@@ -60,9 +65,23 @@ void FlyoutController::open(const QList<ButtonSpec>& items, const QString& id, c
 void FlyoutController::showFolder(const QString& path, const QString& id, const QRectF& anchor,
                                   const std::optional<QString>& root)
 {
-    const QList<ButtonSpec> items = FolderListing::items(path, root);
+    // A listing too long for the screen shows fewer entries; its last row counts the others.
+    const std::optional<int> height = room();
+    const QList<ButtonSpec> items = FolderListing::items(
+        path, root, height ? std::optional<qsizetype>(FlyoutView::rowsFitting(*height)) : std::nullopt);
     closeFlyout();
     open(items, id, anchor, root ? root : std::optional<QString>(path));
+}
+
+std::optional<int> FlyoutController::room() const
+{
+    if (!m_bar)
+        return std::nullopt;
+    const QRect bar = m_bar->frameGeometry();
+    const auto screen = m_platform.screens().screenOf(bar);
+    if (!screen)
+        return std::nullopt;
+    return Geometry::flyoutRoom(bar, screen->frame, screen->available);
 }
 
 void FlyoutController::closeFlyout()

@@ -40,6 +40,8 @@ private:
     void open(const QList<ButtonSpec>& items, const QString& id, const QRectF& anchor,
               const std::optional<QString>& listingRoot);
     void pressedAt(const QPoint& position);
+    /// The height a flyout of the bar may take; nothing without a bar or a screen.
+    std::optional<int> room() const;
 
     Platform& m_platform;
     const BarHandlers& m_handlers;

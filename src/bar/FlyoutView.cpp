@@ -1,12 +1,30 @@
 #include "FlyoutView.h"
 
 #include "bar/ChipLabel.h"
+#include "bar/Geometry.h"
 #include "bar/Look.h"
 #include "editor/ItemMenu.h"
 
 #include <QLabel>
 #include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int margin = 8;
+constexpr int spacing = 6;
+
+/// Its size is the one it is given: the panel around it sizes itself to its content's size hint, which a
+/// scroll area otherwise takes from the whole view it scrolls.
+class ScrollingPane : public QScrollArea
+{
+public:
+    QSize sizeHint() const override { return minimumSize(); }
+};
+
+} // namespace
 
 FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, const DragState* drag,
                        QWidget* parent)
@@ -14,8 +32,8 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
 {
     setFocusPolicy(Qt::NoFocus);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 8, 8, 8);
-    column->setSpacing(6);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(spacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
 
     if (items.isEmpty()) {
@@ -47,6 +65,30 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
 QString FlyoutView::emptyText()
 {
     return QStringLiteral("Empty — drag buttons onto this stack");
+}
+
+int FlyoutView::rowsFitting(int height)
+{
+    // Every row is as tall as any chip: the title font and the icon size set it, not the title.
+    const ChipLabel sample(ButtonSpec::make(QStringLiteral("sample"), QString(), QString()), std::nullopt,
+                           true);
+    return Geometry::rowsFitting(height, sample.sizeHint().height(), spacing, margin);
+}
+
+QWidget* FlyoutView::scrolling(FlyoutView* view, int height)
+{
+    // Scrolling rather than leaving members out: every member of a stack stays reachable, as in a long menu.
+    auto* pane = new ScrollingPane;
+    pane->setFrameShape(QFrame::NoFrame);
+    pane->setFocusPolicy(Qt::NoFocus);
+    pane->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    pane->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    pane->setAttribute(Qt::WA_TranslucentBackground);
+    pane->viewport()->setAutoFillBackground(false);
+    pane->setWidget(view);
+    view->adjustSize();
+    pane->setFixedSize(view->width() + pane->verticalScrollBar()->sizeHint().width(), height);
+    return pane;
 }
 
 void FlyoutView::paintEvent(QPaintEvent*)

@@ -17,6 +17,10 @@ public:
                QWidget* parent = nullptr);
 
     static QString emptyText();
+    /// How many rows fit in a flyout of `height` pixels.
+    static int rowsFitting(int height);
+    /// The view in a pane `height` pixels tall that scrolls it, for more rows than fit on the screen.
+    static QWidget* scrolling(FlyoutView* view, int height);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

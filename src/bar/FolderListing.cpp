@@ -17,14 +17,7 @@ namespace FolderListing {
 
 namespace {
 
-constexpr qsizetype kShownEntries = 24;
 constexpr qsizetype kLongestName = 36;
-
-struct Entry
-{
-    QString name;
-    bool isFolder = false;
-};
 
 QString cleaned(const QString& path)
 {
@@ -117,11 +110,16 @@ QCollator naturalCollator()
 
 } // namespace
 
-QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
+QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root,
+                        std::optional<qsizetype> maxRows)
 {
     const QString folder = cleaned(path);
-    const QString top = root ? cleaned(*root) : folder;
+    return FolderListing::rows(folder, root ? cleaned(*root) : folder, readEntries(folder), maxRows);
+}
 
+QList<ButtonSpec> rows(const QString& folder, const QString& top, std::vector<Entry> entries,
+                       std::optional<qsizetype> maxRows)
+{
     QList<ButtonSpec> rows;
     rows.append(ButtonSpec::make(QStringLiteral("Open in File Manager"),
                                  QStringLiteral("arrow.up.forward.app"), QStringLiteral("open"), folder));
@@ -133,7 +131,6 @@ QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
         }
     }
 
-    std::vector<Entry> entries = readEntries(folder);
     if (entries.empty()) {
         rows.append(ButtonSpec::make(QStringLiteral("(empty)"), QStringLiteral("tray"),
                                      QStringLiteral("navigate"), folder));
@@ -148,8 +145,14 @@ QList<ButtonSpec> items(const QString& path, const std::optional<QString>& root)
         // Names equal but for case still need a fixed order, or the rows would shuffle between openings.
         return order != 0 ? order < 0 : a.name < b.name;
     };
+    auto shown = std::min<std::size_t>(entries.size(), shownEntries);
+    if (maxRows) {
+        // What does not fit is counted by the last row, which then needs a place of its own.
+        const auto room = std::max<qsizetype>(0, *maxRows - rows.size());
+        if (qsizetype(shown) + (entries.size() > shown ? 1 : 0) > room)
+            shown = std::max<qsizetype>(0, room - 1);
+    }
     // Only the first few rows are ever shown, so selecting them is enough; sorting a huge folder is not.
-    const auto shown = std::min<std::size_t>(entries.size(), kShownEntries);
     std::partial_sort(entries.begin(), entries.begin() + shown, entries.end(), before);
 
     for (std::size_t i = 0; i < shown; ++i) {

@@ -1,7 +1,9 @@
 #include "Geometry.h"
 
+#include <QStringList>
 #include <QtMath>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -14,6 +16,23 @@ int bottom(const QRect& rect)
 int right(const QRect& rect)
 {
     return rect.x() + rect.width();
+}
+
+/// A coordinate brought into [low, high] before it becomes a whole pixel: a double beyond the range of
+/// int has no defined conversion, and such numbers come from hand-edited or scripted values.
+int pixel(double value, int low, int high)
+{
+    if (std::isnan(value))
+        return low;
+    return qRound(std::clamp(value, double(low), double(std::max(low, high))));
+}
+
+/// The origin for a bar of `size` at (x, y), clamped into the available area; see clampToAvailable.
+QPoint clamped(double x, double y, const QSize& size, const QRect& available)
+{
+    const int lowest = bottom(available) - size.height();
+    return {pixel(x, available.x(), right(available) - size.width()),
+            pixel(y, std::min(lowest, available.y()), lowest)};
 }
 
 } // namespace
@@ -47,7 +66,26 @@ QPoint originFromFractions(const Fractions& fractions, const QSize& size, const 
 {
     const double x = screen.x() + fractions.ox * screen.width();
     const double barBottom = bottom(screen) - fractions.oy * screen.height();
-    return clampToAvailable(QPoint(qRound(x), qRound(barBottom - size.height())), size, available);
+    return clamped(x, barBottom - size.height(), size, available);
+}
+
+std::optional<QPointF> offsetFrom(const QString& text)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    if (parts.size() != 2)
+        return std::nullopt;
+    bool okX = false;
+    bool okY = false;
+    const double dx = parts.at(0).toDouble(&okX);
+    const double dy = parts.at(1).toDouble(&okY);
+    if (!okX || !okY || !std::isfinite(dx) || !std::isfinite(dy))
+        return std::nullopt;
+    return QPointF(dx, dy);
+}
+
+QPoint movedBy(const QPoint& origin, const QPointF& offset, const QSize& size, const QRect& available)
+{
+    return clamped(origin.x() + offset.x(), origin.y() - offset.y(), size, available);
 }
 
 bool expandsUp(const QRect& bar, const QRect& screen)
@@ -69,8 +107,29 @@ QPoint flyoutOrigin(const QRect& bar, const QRectF& anchor, const QSize& flyout,
     x = std::max(x, double(area.x() + flyoutGap));
     x = std::min(x, double(right(area) - flyout.width() - flyoutGap));
     const bool above = !screen || expandsUp(bar, *screen);
-    const int y = above ? bar.y() - flyoutGap - flyout.height() : bottom(bar) + flyoutGap;
+    int y = above ? bar.y() - flyoutGap - flyout.height() : bottom(bar) + flyoutGap;
+    // One too tall for its side still shows its first rows: it covers the bar rather than leave the area.
+    if (available)
+        y = std::max(std::min(y, bottom(*available) - flyoutGap - flyout.height()),
+                     available->y() + flyoutGap);
     return {qRound(x), y};
+}
+
+std::optional<int> flyoutRoom(const QRect& bar, const std::optional<QRect>& screen,
+                              const std::optional<QRect>& available)
+{
+    if (!screen || !available)
+        return std::nullopt;
+    const int room = expandsUp(bar, *screen) ? bar.y() - flyoutGap - (available->y() + flyoutGap)
+                                             : bottom(*available) - flyoutGap - (bottom(bar) + flyoutGap);
+    return std::max(room, 0);
+}
+
+int rowsFitting(int height, int rowHeight, int spacing, int margin)
+{
+    if (rowHeight <= 0)
+        return 0;
+    return std::max(0, (height - 2 * margin + spacing) / (rowHeight + spacing));
 }
 
 } // namespace Geometry

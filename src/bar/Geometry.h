@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QPoint>
+#include <QPointF>
 #include <QRect>
 #include <QRectF>
 #include <QSize>
+#include <QString>
 #include <optional>
 
 /// Where the bar and its flyouts go, in Qt's global coordinates (origin top-left, y down).
@@ -31,9 +33,16 @@ struct Fractions
     double oy = 0;
 };
 Fractions fractionsOf(const QRect& bar, const QRect& screen);
-/// Back from fractions to an origin for a bar of `size`, clamped into the available area.
+/// Back from fractions to an origin for a bar of `size`, clamped into the available area, however large
+/// the fractions are.
 QPoint originFromFractions(const Fractions& fractions, const QSize& size, const QRect& screen,
                            const QRect& available);
+
+/// A start-up offset "dx,dy": two finite numbers separated by a comma, or nothing.
+std::optional<QPointF> offsetFrom(const QString& text);
+/// The bar's origin moved by `offset` (y counts upwards, like the saved position), clamped into the
+/// available area however large the offset is.
+QPoint movedBy(const QPoint& origin, const QPointF& offset, const QSize& size, const QRect& available);
 
 /// True when the bar's centre is in the lower half of its screen, so its flyouts open upwards.
 bool expandsUp(const QRect& bar, const QRect& screen);
@@ -47,5 +56,13 @@ QRect refit(const QRect& bar, const QSize& size, const QRect& available);
 /// the lower half of its screen (or when there is no screen), else 4 pixels below it.
 QPoint flyoutOrigin(const QRect& bar, const QRectF& anchor, const QSize& flyout,
                     const std::optional<QRect>& screen, const std::optional<QRect>& available);
+
+/// The height a flyout may take on the side of the bar it opens to, 4 pixels from the bar and from the
+/// edge of the available area; nothing when no screen is known.
+std::optional<int> flyoutRoom(const QRect& bar, const std::optional<QRect>& screen,
+                              const std::optional<QRect>& available);
+
+/// How many rows of `rowHeight`, `spacing` apart inside `margin` above and below, fit in `height`.
+int rowsFitting(int height, int rowHeight, int spacing, int margin);
 
 } // namespace Geometry

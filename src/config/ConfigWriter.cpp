@@ -130,46 +130,88 @@ private:
 
     void string(const QString& text)
     {
-        static constexpr char hex[] = "0123456789abcdef";
         m_out += '"';
-        const QByteArray utf8 = text.toUtf8();
-        for (const char c : utf8) {
-            switch (c) {
-            case '"':
-                m_out += "\\\"";
-                break;
-            case '\\':
-                m_out += "\\\\";
-                break;
-            case '/':
-                m_out += "\\/";
-                break;
-            case '\b':
-                m_out += "\\b";
-                break;
-            case '\f':
-                m_out += "\\f";
-                break;
-            case '\n':
-                m_out += "\\n";
-                break;
-            case '\r':
-                m_out += "\\r";
-                break;
-            case '\t':
-                m_out += "\\t";
-                break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20) {
-                    m_out += "\\u00";
-                    m_out += hex[(c >> 4) & 0xf];
-                    m_out += hex[c & 0xf];
-                } else {
-                    m_out += c; // DEL and every byte of a multi-byte sequence go out raw
-                }
+        const qsizetype length = text.size();
+        for (qsizetype i = 0; i < length; ++i) {
+            const char16_t unit = text.at(i).unicode();
+            if (QChar::isHighSurrogate(unit) && i + 1 < length && text.at(i + 1).isLowSurrogate()) {
+                utf8(QChar::surrogateToUcs4(unit, text.at(i + 1).unicode()));
+                ++i;
+            } else if (QChar::isSurrogate(unit)) {
+                // A lone half of a surrogate pair has no UTF-8 form (encoding it would write "?" and lose
+                // it), but JSON can name it as an escape, which the reader turns back into the same half.
+                escape(unit);
+            } else {
+                character(unit);
             }
         }
         m_out += '"';
+    }
+
+    void character(char16_t unit)
+    {
+        switch (unit) {
+        case u'"':
+            m_out += "\\\"";
+            break;
+        case u'\\':
+            m_out += "\\\\";
+            break;
+        case u'/':
+            m_out += "\\/";
+            break;
+        case u'\b':
+            m_out += "\\b";
+            break;
+        case u'\f':
+            m_out += "\\f";
+            break;
+        case u'\n':
+            m_out += "\\n";
+            break;
+        case u'\r':
+            m_out += "\\r";
+            break;
+        case u'\t':
+            m_out += "\\t";
+            break;
+        case 0xfeff:
+            // Qt's reader drops this character, a byte order mark, when it begins a text.
+            escape(unit);
+            break;
+        default:
+            if (unit < 0x20)
+                escape(unit);
+            else
+                utf8(unit); // DEL and everything beyond ASCII go out raw
+        }
+    }
+
+    void escape(char16_t unit)
+    {
+        static constexpr char hex[] = "0123456789abcdef";
+        m_out += "\\u";
+        for (int shift = 12; shift >= 0; shift -= 4)
+            m_out += hex[(unit >> shift) & 0xf];
+    }
+
+    void utf8(char32_t code)
+    {
+        if (code < 0x80) {
+            m_out += char(code);
+        } else if (code < 0x800) {
+            m_out += char(0xc0 | (code >> 6));
+            m_out += char(0x80 | (code & 0x3f));
+        } else if (code < 0x10000) {
+            m_out += char(0xe0 | (code >> 12));
+            m_out += char(0x80 | ((code >> 6) & 0x3f));
+            m_out += char(0x80 | (code & 0x3f));
+        } else {
+            m_out += char(0xf0 | (code >> 18));
+            m_out += char(0x80 | ((code >> 12) & 0x3f));
+            m_out += char(0x80 | ((code >> 6) & 0x3f));
+            m_out += char(0x80 | (code & 0x3f));
+        }
     }
 
     void newline()

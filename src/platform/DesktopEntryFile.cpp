@@ -48,19 +48,114 @@ bool isInstalledDesktopEntry(const QString& path)
     });
 }
 
+namespace {
+
+/// Only spaces and tabs surround the "=" in a desktop entry; anything else belongs to the key or value.
+QStringView trimmedBlanks(QStringView text)
+{
+    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t' || c == u'\r'; };
+    while (!text.isEmpty() && isBlank(text.front()))
+        text = text.sliced(1);
+    while (!text.isEmpty() && isBlank(text.back()))
+        text.chop(1);
+    return text;
+}
+
+QString unescaped(QStringView value)
+{
+    QString result;
+    result.reserve(value.size());
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar c = value.at(i);
+        if (c != u'\\' || i + 1 == value.size()) {
+            result += c;
+            continue;
+        }
+        switch (value.at(++i).unicode()) {
+        case u's':
+            result += u' ';
+            break;
+        case u'n':
+            result += u'\n';
+            break;
+        case u't':
+            result += u'\t';
+            break;
+        case u'r':
+            result += u'\r';
+            break;
+        case u'\\':
+            result += u'\\';
+            break;
+        default:
+            // Not an escape of the value itself, such as the quoting inside "Exec": left for its reader.
+            result += c;
+            result += value.at(i);
+        }
+    }
+    return result;
+}
+
+} // namespace
+
 std::optional<QString> desktopEntryValue(const QString& path, const QString& key)
 {
     const std::optional<QByteArray> bytes = readDesktopEntryFile(path);
     if (!bytes)
         return std::nullopt;
     QTextStream in(*bytes);
+    return desktopEntryValue(in, key);
+}
+
+std::optional<QString> desktopEntryValue(QTextStream& in, const QString& key)
+{
     bool mainGroup = false;
     while (!in.atEnd()) {
-        const QString line = in.readLine().trimmed();
-        if (line.startsWith(QLatin1Char('[')))
-            mainGroup = line == QLatin1String("[Desktop Entry]");
-        else if (mainGroup && line.section(QLatin1Char('='), 0, 0).trimmed() == key)
-            return line.section(QLatin1Char('='), 1).trimmed();
+        const QString line = in.readLine();
+        const QStringView content = trimmedBlanks(line);
+        if (content.startsWith(u'[')) {
+            mainGroup = content == QLatin1String("[Desktop Entry]");
+            continue;
+        }
+        const qsizetype equals = content.indexOf(u'=');
+        if (mainGroup && equals > 0 && trimmedBlanks(content.left(equals)) == key)
+            return unescaped(trimmedBlanks(content.sliced(equals + 1)));
     }
     return std::nullopt;
+}
+
+QString desktopEntryEscaped(const QString& value)
+{
+    QString result;
+    result.reserve(value.size() + 8);
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar c = value.at(i);
+        if (c == u'\\')
+            result += QLatin1String("\\\\");
+        else if (c == u'\n')
+            result += QLatin1String("\\n");
+        else if (c == u'\t')
+            result += QLatin1String("\\t");
+        else if (c == u'\r')
+            result += QLatin1String("\\r");
+        else if (c == u' ' && (i == 0 || i == value.size() - 1))
+            result += QLatin1String("\\s");
+        else
+            result += c;
+    }
+    return result;
+}
+
+QString desktopEntryExecArgument(const QString& path)
+{
+    QString quoted = QStringLiteral("\"");
+    for (const QChar c : path) {
+        if (c == u'"' || c == u'`' || c == u'$' || c == u'\\')
+            quoted += u'\\';
+        else if (c == u'%')
+            quoted += u'%';
+        quoted += c;
+    }
+    quoted += u'"';
+    return desktopEntryEscaped(quoted);
 }

@@ -10,19 +10,6 @@
 #include <QStandardPaths>
 #include <QTextStream>
 
-namespace {
-
-/// Quoted as the desktop entry rules want for Exec: spaces and specials inside double quotes.
-QString quotedProgram(const QString& path)
-{
-    QString escaped = path;
-    for (const char* special : {"\\", "\"", "`", "$"})
-        escaped.replace(QLatin1String(special), QLatin1Char('\\') + QLatin1String(special));
-    return QLatin1Char('"') + escaped + QLatin1Char('"');
-}
-
-} // namespace
-
 QString XdgAutostart::entryPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
@@ -56,7 +43,7 @@ std::optional<QString> XdgAutostart::setEnabled(bool enabled)
         << "Type=Application\n"
         << "Name=Vantril\n"
         << "Comment=A floating bar of buttons\n"
-        << "Exec=" << quotedProgram(QCoreApplication::applicationFilePath()) << "\n"
+        << "Exec=" << desktopEntryExecArgument(QCoreApplication::applicationFilePath()) << "\n"
         << "Icon=vantril\n"
         << "Terminal=false\n"
         << "X-GNOME-Autostart-enabled=true\n";
