@@ -1,11 +1,11 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/UpdateFeed.h"
+#include "bar/SymbolView.h"
 #include "diagnostics/Probe.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QProcessEnvironment>
 #include <QTextStream>
 #include <cstdio>
@@ -62,10 +62,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("vantril"));
     QApplication::setQuitOnLastWindowClosed(false);
-    // Outside GNOME and KDE Qt knows no icon theme; Adwaita has every symbol the bar draws.
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
-        QIcon::setThemeName(QStringLiteral("Adwaita"));
-    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+    SymbolView::useIconThemes();
 
     AppDelegate delegate(createDesktopPlatform(), updateFeed());
     delegate.finishLaunching(QProcessEnvironment::systemEnvironment());

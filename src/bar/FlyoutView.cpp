@@ -2,20 +2,28 @@
 
 #include "bar/ChipLabel.h"
 #include "bar/Look.h"
+#include "bar/Overflow.h"
 #include "editor/ItemMenu.h"
 
+#include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QVBoxLayout>
+
+namespace {
+
+constexpr int margin = 8;
+constexpr int spacing = 6;
+
+} // namespace
 
 FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, const DragState* drag,
-                       QWidget* parent)
+                       int maxHeight, QWidget* parent)
     : QWidget(parent)
 {
     setFocusPolicy(Qt::NoFocus);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 8, 8, 8);
-    column->setSpacing(6);
+    auto* column = new QGridLayout(this);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(spacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
 
     if (items.isEmpty()) {
@@ -25,10 +33,15 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
         QPalette palette = empty->palette();
         palette.setColor(QPalette::WindowText, Look::secondaryColor());
         empty->setPalette(palette);
-        column->addWidget(empty);
+        column->addWidget(empty, 0, 0);
     }
-    for (const ButtonSpec& spec : items) {
+    int rows = 1;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        const ButtonSpec& spec = items.at(i);
         auto* chip = new ChipLabel(spec, std::nullopt, true, this);
+        if (i == 0)
+            rows =
+                Overflow::rowsPerColumn(items.size(), chip->sizeHint().height(), spacing, margin, maxHeight);
         chip->onTap = [chip, &handlers] {
             if (handlers.tapInFlyout)
                 handlers.tapInFlyout(chip->spec());
@@ -40,7 +53,7 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
                 ItemMenu::popup(chip->spec(), handlers, *drag, at);
             };
         }
-        column->addWidget(chip);
+        column->addWidget(chip, int(i % rows), int(i / rows));
     }
 }
 
