@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building (and, with "test", testing) Vantril needs.
+# Installs the Debian 12 packages that building (and, with "test", testing, or with "package", making
+# the Debian package of) Vantril needs.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -7,12 +8,16 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
-test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer)
+test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer
+    desktop-file-utils appstream man-db groff-base dpkg-dev)
+# dpkg-shlibdeps works out what the package depends on.
+package_packages=(dpkg-dev)
 
 packages=("${build_packages[@]}")
-if [[ "${1:-build}" == "test" ]]; then
-    packages+=("${test_packages[@]}")
-fi
+case "${1:-build}" in
+test) packages+=("${test_packages[@]}") ;;
+package) packages+=("${package_packages[@]}") ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
