@@ -1,5 +1,6 @@
 #include "app/MenuModel.h"
 #include "app/Visibility.h"
+#include "platform/DesktopEntryFile.h"
 
 #include <QTest>
 
@@ -13,6 +14,8 @@ private Q_SLOTS:
     void hiddenBarReturnsAfterTwoRestingTicks();
     void manualHideIgnoresThePointer();
     void menuItemsFollowTheState();
+    void autostartEntryFollowsTheInstalledOne_data();
+    void autostartEntryFollowsTheInstalledOne();
 };
 
 namespace {
@@ -173,6 +176,33 @@ void TestShell::menuItemsFollowTheState()
     QCOMPARE(items.at(10).checked, std::optional<bool>(true));
     QCOMPARE(items.at(11).checked, std::optional<bool>(false));
     QCOMPARE(items.at(12).checked, std::optional<bool>(true));
+}
+
+void TestShell::autostartEntryFollowsTheInstalledOne_data()
+{
+    QTest::addColumn<QByteArray>("installed");
+    QTest::addColumn<QByteArray>("autostart"); // empty: none can be made from it
+    const QByteArray on = "X-GNOME-Autostart-enabled=true\n";
+    QTest::newRow("keys and translations kept")
+        << QByteArray("[Desktop Entry]\nType=Application\nName=Vantril\nName[de]=Vantril\nExec=vantril\n")
+        << QByteArray("[Desktop Entry]\nType=Application\nName=Vantril\nName[de]=Vantril\nExec=vantril\n") +
+               on;
+    QTest::newRow("switched off or hidden there, on here")
+        << QByteArray("[Desktop Entry]\nHidden=true\nExec=vantril\nX-GNOME-Autostart-enabled = false\n")
+        << QByteArray("[Desktop Entry]\nExec=vantril\n") + on;
+    QTest::newRow("other groups left out")
+        << QByteArray("# made by hand\n[Desktop Entry]\nExec=vantril\n\n[Desktop Action Quit]\nExec=vantril "
+                      "--quit\n")
+        << QByteArray("[Desktop Entry]\nExec=vantril\n") + on;
+    QTest::newRow("no main group") << QByteArray("[Desktop Action Quit]\nExec=x\n") << QByteArray();
+    QTest::newRow("empty file") << QByteArray() << QByteArray();
+}
+
+void TestShell::autostartEntryFollowsTheInstalledOne()
+{
+    QFETCH(QByteArray, installed);
+    QFETCH(QByteArray, autostart);
+    QCOMPARE(autostartEntryFrom(installed).value_or(QByteArray()), autostart);
 }
 
 QTEST_APPLESS_MAIN(TestShell)

@@ -21,6 +21,18 @@ QString quotedProgram(const QString& path)
     return QLatin1Char('"') + escaped + QLatin1Char('"');
 }
 
+/// The autostart entry made from the program's desktop entry in the XDG data folders, if it is installed.
+std::optional<QByteArray> installedEntry()
+{
+    const QString installed =
+        QStandardPaths::locate(QStandardPaths::ApplicationsLocation, QStringLiteral("vantril.desktop"));
+    QFile file(installed);
+    // Only a regular file: opening a FIFO someone left there would wait for a writer forever.
+    if (installed.isEmpty() || !QFileInfo(installed).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return autostartEntryFrom(file.read(64 * 1024));
+}
+
 } // namespace
 
 QString XdgAutostart::entryPath()
@@ -51,6 +63,14 @@ std::optional<QString> XdgAutostart::setEnabled(bool enabled)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    // An installed program starts at login as its menu entry starts it, translations and all; run from
+    // a build folder, it has no such entry and starts from where it is.
+    if (const auto installed = installedEntry()) {
+        file.write(*installed);
+        if (!file.commit())
+            return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+        return std::nullopt;
+    }
     QTextStream out(&file);
     out << "[Desktop Entry]\n"
         << "Type=Application\n"
