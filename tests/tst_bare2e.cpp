@@ -471,6 +471,23 @@ void TestBarEndToEnd::crowdedBarStaysOnScreenWithEveryChipReachable()
         QVERIFY2(tapped(numbers.value(spec.title)), qPrintable(spec.title));
         QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the tap left the flyout open");
     }
+
+    // A panel that takes 500 pixels on the right shrinks the work area: the bar gives up more chips.
+    TestProcess panel(QStringLiteral(APPWINDOW_BINARY), {QStringLiteral("Panel")});
+    const auto panelWindow = panel.waitForWindow(QStringLiteral("Panel"));
+    QVERIFY2(panelWindow, "the panel window did not appear");
+    QCOMPARE(
+        QProcess::execute(QStringLiteral("xprop"),
+                          {QStringLiteral("-id"), QString::number(*panelWindow), QStringLiteral("-f"),
+                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("32c"), QStringLiteral("-set"),
+                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("0, 500, 0, 0")}),
+        0);
+    const QRect narrower(0, 0, screenWidth - 500, screenHeight);
+    const BarLayout narrow = layoutOf(config, {}, narrower.width() - 2 * Geometry::edgeGap);
+    QVERIFY(narrow.overflowed.size() > layout.overflowed.size());
+    QVERIFY2(vantril.waitForWidth(narrow.width), qPrintable(describe(vantril.frame())));
+    QVERIFY2(waitFor([&] { return narrower.contains(frameOf(vantril.bar())); }),
+             qPrintable(describe(frameOf(vantril.bar()))));
     QVERIFY(vantril.isRunning());
 }
 
