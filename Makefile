@@ -1,12 +1,14 @@
 # The entry points: `make run`, `make test` and `make test-desktops` (the end-to-end checks under every
 # window manager of the desktop matrix, as a table). Each installs what it needs first.
+# `make install` (DESTDIR and CMAKE_INSTALL_PREFIX honoured) and `make package` (a Debian package in
+# build/) install and package the program.
 JOBS ?= $(shell nproc)
 SOURCES = $(shell find src tests bench fuzz -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
 # Seconds each fuzz target runs in `make fuzz`; `make test` gives each a few.
 FUZZ_SECONDS ?= 60
 
-.PHONY: run test test-desktops build deps test-deps desktop-deps fuzz-deps unit-asan fuzz format format-check clean
+.PHONY: run test test-desktops build deps test-deps desktop-deps fuzz-deps package-deps install package unit-asan fuzz format format-check clean
 
 run: build
 	./build/src/vantril
@@ -22,6 +24,12 @@ test-desktops: desktop-deps build
 build: deps
 	cmake --preset default >/dev/null
 	cmake --build --preset default -j $(JOBS)
+
+install: build
+	DESTDIR="$(DESTDIR)" cmake --install build $(if $(CMAKE_INSTALL_PREFIX),--prefix "$(CMAKE_INSTALL_PREFIX)")
+
+package: package-deps build
+	cd build && cpack --config CPackConfig.cmake
 
 unit-asan: test-deps
 	cmake --preset asan >/dev/null
@@ -45,6 +53,9 @@ desktop-deps:
 
 fuzz-deps:
 	@./scripts/install-deps.sh fuzz
+
+package-deps:
+	@./scripts/install-deps.sh package
 
 format:
 	clang-format -i $(SOURCES)

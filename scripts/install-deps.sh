@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building (with "test": testing; with "desktops": testing under
-# every window manager of the desktop matrix; with "fuzz": fuzzing) Vantril needs.
+# Installs the Debian 12 packages that building Vantril needs; with "test", testing; with "desktops",
+# testing under every window manager of the desktop matrix; with "fuzz", fuzzing; with "package", making
+# its Debian package.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -9,20 +10,23 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
 # openbox for every end-to-end test; xfwm4 and fluxbox for the part of the window-manager matrix `make test`
-# runs.
+# runs; the validators of the desktop entry, AppStream data and manual page, and dpkg-dev for the package.
 test_packages=(clang-format xvfb xauth openbox xfwm4 fluxbox xdotool x11-utils x11-xserver-utils xclip imagemagick
-    trayer desktop-file-utils)
+    trayer desktop-file-utils appstream man-db groff-base dpkg-dev)
 # The rest of the window managers of the matrix. marco aborts without the MATE mouse settings schema, which
 # comes with the settings daemon's data, not with marco itself.
 desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm i3-wm)
 # libFuzzer and the sanitizers' run-time come with clang.
 fuzz_packages=(clang-14 libclang-rt-14-dev)
+# dpkg-shlibdeps works out what the package depends on.
+package_packages=(dpkg-dev)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
 test) packages+=("${test_packages[@]}" "${fuzz_packages[@]}") ;;
 desktops) packages+=("${test_packages[@]}" "${desktop_packages[@]}") ;;
 fuzz) packages+=("${fuzz_packages[@]}") ;;
+package) packages+=("${package_packages[@]}") ;;
 esac
 
 missing=()

@@ -9,11 +9,13 @@
 #include "StrayPrograms.h"
 #include "TestSupport.h"
 #include "bar/BarView.h"
+#include "bar/Geometry.h"
 #include "bar/RunQuestionBox.h"
 #include "config/ConfigReader.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -95,6 +97,7 @@ private Q_SLOTS:
     void firstLaunchWritesDefaultsAndOneBackup();
     void presetsRestoreAndRemoveAtStartUp();
     void unreadableFileIsKeptAndDefaultsShown();
+    void crowdedBarStaysOnScreenWithEveryChipReachable();
 
 private:
     std::unique_ptr<TestHome> m_home;
@@ -608,6 +611,84 @@ void TestBarEndToEnd::unreadableFileIsKeptAndDefaultsShown()
                  backups.first().endsWith(QStringLiteral(".json")),
              qPrintable(backups.first()));
     QCOMPARE(readAll(QDir(m_home->backupsDir()).filePath(backups.first())), broken);
+}
+
+void TestBarEndToEnd::crowdedBarStaysOnScreenWithEveryChipReachable()
+{
+    // Sixty chips with long titles, far wider than the screen; each leaves its number in a file when tapped.
+    const QString taps = m_home->path(QStringLiteral("taps.txt"));
+    BarConfig config;
+    QHash<QString, int> numbers;
+    for (int i = 0; i < 60; ++i) {
+        const QString title = QStringLiteral("Chip %1 with a rather long title").arg(i);
+        config.buttons.append(ButtonSpec::make(title, QStringLiteral("star"), QStringLiteral("shell"),
+                                               QStringLiteral("echo %1 >> '%2'").arg(i).arg(taps)));
+        numbers.insert(title, i);
+    }
+    QVERIFY(m_home->writeButtons(Config::encoded(config)));
+    RunningBar vantril(*m_home, withoutFrontApp({{QStringLiteral("SHELL"), QStringLiteral("/bin/sh")}}));
+
+    // openbox reserves nothing, so the whole screen is the available area.
+    const QRect screen(0, 0, screenWidth, screenHeight);
+    const BarLayout layout = layoutOf(config, {}, screenWidth - 2 * Geometry::edgeGap);
+    QCOMPARE(layout.chips.size() + layout.overflowed.size(), 60);
+    QVERIFY(!layout.chips.isEmpty() && !layout.overflowed.isEmpty());
+    QVERIFY2(vantril.waitForBar(layout.width), "no bar of the expected width appeared");
+    const QRect barFrame = vantril.frame();
+    QVERIFY2(screen.contains(barFrame), qPrintable(describe(barFrame)));
+
+    const auto tapped = [&](int number) {
+        return waitFor([&] {
+            QFile file(taps);
+            return file.open(QIODevice::ReadOnly) &&
+                   file.readAll().split('\n').contains(QByteArray::number(number));
+        });
+    };
+    for (auto it = layout.chips.constBegin(); it != layout.chips.constEnd(); ++it) {
+        QVERIFY(clickAt(layout.centreOf(it.key(), barFrame)));
+        QVERIFY2(tapped(numbers.value(it.key())), qPrintable(it.key()));
+    }
+
+    // The rest are in the overflow chip's flyout, which stays on screen too, in as many columns as it needs.
+    const QPoint overflowChip = barFrame.topLeft() + layout.overflow.center().toPoint();
+    const FlyoutLayout flyout =
+        flyoutLayoutOf(layout.overflowed, Geometry::flyoutRoom(barFrame, screen, screen).value_or(0));
+    QVERIFY(flyout.size.height() < barFrame.y());
+    for (const ButtonSpec& spec : layout.overflowed) {
+        QVERIFY(clickAt(overflowChip));
+        std::optional<quintptr> window;
+        QVERIFY2(waitFor([&] {
+                     window = vantril.shownFlyout();
+                     return window && frameOf(*window).size() == flyout.size;
+                 }),
+                 qPrintable(QStringLiteral("expected a flyout of %1 × %2, have %3")
+                                .arg(flyout.size.width())
+                                .arg(flyout.size.height())
+                                .arg(window ? describe(frameOf(*window)) : QStringLiteral("none"))));
+        const QRect frame = frameOf(*window);
+        QVERIFY2(screen.contains(frame), qPrintable(describe(frame)));
+        QVERIFY(clickAt(frame.topLeft() + flyout.chips.value(spec.title).center().toPoint()));
+        QVERIFY2(tapped(numbers.value(spec.title)), qPrintable(spec.title));
+        QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the tap left the flyout open");
+    }
+
+    // A panel that takes 500 pixels on the right shrinks the work area: the bar gives up more chips.
+    TestProcess panel(QStringLiteral(APPWINDOW_BINARY), {QStringLiteral("Panel")});
+    const auto panelWindow = panel.waitForWindow(QStringLiteral("Panel"));
+    QVERIFY2(panelWindow, "the panel window did not appear");
+    QCOMPARE(
+        QProcess::execute(QStringLiteral("xprop"),
+                          {QStringLiteral("-id"), QString::number(*panelWindow), QStringLiteral("-f"),
+                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("32c"), QStringLiteral("-set"),
+                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("0, 500, 0, 0")}),
+        0);
+    const QRect narrower(0, 0, screenWidth - 500, screenHeight);
+    const BarLayout narrow = layoutOf(config, {}, narrower.width() - 2 * Geometry::edgeGap);
+    QVERIFY(narrow.overflowed.size() > layout.overflowed.size());
+    QVERIFY2(vantril.waitForWidth(narrow.width), qPrintable(describe(vantril.frame())));
+    QVERIFY2(waitFor([&] { return narrower.contains(frameOf(vantril.bar())); }),
+             qPrintable(describe(frameOf(vantril.bar()))));
+    QVERIFY(vantril.isRunning());
 }
 
 QTEST_MAIN(TestBarEndToEnd)

@@ -1,11 +1,20 @@
 #include "bar/BarView.h"
 #include "bar/ChipLabel.h"
 #include "bar/FlyoutView.h"
+#include "bar/FolderListing.h"
+#include "bar/SymbolNames.h"
+#include "bar/SymbolView.h"
 #include "config/Config.h"
+#include "config/Presets.h"
+#include "dragdrop/DragEditing.h"
 #include "dragdrop/DragState.h"
 
+#include <QDir>
+#include <QFile>
 #include <QLabel>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 /// The bar's content drawn off screen: what is on it, where, and what a press on a chip does.
 class TestBarView : public QObject
@@ -13,6 +22,9 @@ class TestBarView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
+    void everySymbolOfTheProgramIsDrawn_data();
+    void everySymbolOfTheProgramIsDrawn();
     void rowHoldsGripChipsAndContextAfterSeparator();
     void stacksAndFoldersShowTheirDirection();
     void shortPressTapsLongPressDrags();
@@ -35,7 +47,74 @@ ButtonSpec button(const QString& title, const QString& action)
     return spec;
 }
 
+void addSymbolRows(const QString& source, const QList<ButtonSpec>& buttons)
+{
+    for (const ButtonSpec& spec : buttons) {
+        QTest::addRow("%s / %s: %s", qPrintable(source), qPrintable(spec.title), qPrintable(spec.symbol))
+            << spec.symbol << true;
+        addSymbolRows(source, spec.children.value_or(QList<ButtonSpec>()));
+    }
+}
+
+/// The rows of folder listings, made to show every kind of row: entries, the way up, "more", "empty".
+QList<ButtonSpec> listingRows()
+{
+    QTemporaryDir dir;
+    QDir(dir.path()).mkpath(QStringLiteral("top/inner/empty"));
+    for (int i = 0; i < 30; ++i)
+        QFile(dir.filePath(QStringLiteral("top/inner/file%1.txt").arg(i))).open(QIODevice::WriteOnly);
+    const QString top = dir.filePath(QStringLiteral("top"));
+    return FolderListing::items(top + QStringLiteral("/inner"), top) +
+           FolderListing::items(top + QStringLiteral("/inner/empty"), std::nullopt);
+}
+
+/// What dropping a file, a folder, an application and a link onto the bar makes.
+QList<ButtonSpec> droppedButtons()
+{
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("app.desktop")));
+    file.open(QIODevice::WriteOnly);
+    file.write("[Desktop Entry]\nType=Application\nName=App\nExec=true\n");
+    file.close();
+    const BarConfig none;
+    return {DragEditing::specForFile(dir.filePath(QStringLiteral("app.desktop")), none),
+            DragEditing::specForFile(dir.path(), none),
+            DragEditing::specForFile(dir.filePath(QStringLiteral("missing.txt")), none),
+            DragEditing::specForLink(QUrl(QStringLiteral("https://example.org")), none)};
+}
+
 } // namespace
+
+void TestBarView::initTestCase()
+{
+    SymbolView::useIconThemes();
+}
+
+void TestBarView::everySymbolOfTheProgramIsDrawn_data()
+{
+    QTest::addColumn<QString>("symbol");
+    QTest::addColumn<bool>("drawn");
+    addSymbolRows(QStringLiteral("default bar"), Config::defaults().buttons);
+    for (const AppPreset& preset : Presets::all())
+        addSymbolRows(QStringLiteral("preset ") + preset.name, preset.buttons);
+    for (const QString& name : SymbolNames::names())
+        QTest::addRow("palette: %s", qPrintable(name)) << name << true;
+    for (const QString& name : SymbolNames::chrome())
+        QTest::addRow("chip: %s", qPrintable(name)) << name << true;
+    addSymbolRows(QStringLiteral("folder listing"), listingRows());
+    addSymbolRows(QStringLiteral("drop"), droppedButtons());
+    // What a user types and no theme knows stays text: emoji, words.
+    QTest::newRow("typed emoji") << QStringLiteral("👋") << false;
+    QTest::newRow("typed word") << QStringLiteral("Hello") << false;
+    QTest::newRow("typed unknown name") << QStringLiteral("no.such.symbol") << false;
+}
+
+void TestBarView::everySymbolOfTheProgramIsDrawn()
+{
+    QFETCH(QString, symbol);
+    QFETCH(bool, drawn);
+    QCOMPARE(!SymbolView::icon(symbol, Qt::white, 16, 1).isNull(), drawn);
+}
 
 void TestBarView::rowHoldsGripChipsAndContextAfterSeparator()
 {
@@ -67,6 +146,20 @@ void TestBarView::rowHoldsGripChipsAndContextAfterSeparator()
     view.rebuild(twins, {}, true);
     QCOMPARE(drag.barFrames().size(), 1);
     QVERIFY(drag.barFrames().value(QStringLiteral("Twin")).left() > 40);
+
+    // Held to less than its width, the bar keeps what fits and ends in the overflow chip with the rest,
+    // the front application's chips last.
+    const QList<ButtonSpec> context = {button(QStringLiteral("Clear"), QStringLiteral("keys"))};
+    view.rebuild(Config::defaults(), context, true, plain);
+    QVERIFY(view.width() <= plain);
+    QVERIFY(!view.overflowed().isEmpty());
+    QCOMPARE(view.overflowed().last().title, QStringLiteral("Clear"));
+    QCOMPARE(drag.barFrames().size() + view.overflowed().size(), 4);
+    QVERIFY(view.overflowFrame().right() <= view.width() - 12);
+    QVERIFY(view.overflowFrame().left() > drag.barFrames().value(QStringLiteral("Files")).right());
+    view.rebuild(Config::defaults(), context, true, 0);
+    QCOMPARE(view.overflowed().size(), 4);
+    QVERIFY(drag.barFrames().isEmpty());
     view.grab().save(QStringLiteral("/tmp/barview.png"));
 }
 

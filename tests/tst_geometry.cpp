@@ -1,4 +1,5 @@
 #include "bar/Geometry.h"
+#include "bar/Overflow.h"
 #include "platform/DisplayNumber.h"
 
 #include <QTest>
@@ -22,6 +23,10 @@ private Q_SLOTS:
     void tallFlyoutsGetTheRoomThereIs_data();
     void tallFlyoutsGetTheRoomThereIs();
     void displayNumbersAreStableHashes();
+    void chipsThatDoNotFitOverflow_data();
+    void chipsThatDoNotFitOverflow();
+    void overflowFlyoutFillsColumns_data();
+    void overflowFlyoutFillsColumns();
 };
 
 namespace {
@@ -201,6 +206,64 @@ void TestGeometry::displayNumbersAreStableHashes()
                                    QStringLiteral("HDMI-2")));
     QVERIFY(byEdid != displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC124"),
                                     QStringLiteral("DP-1")));
+}
+
+void TestGeometry::chipsThatDoNotFitOverflow_data()
+{
+    // The bar's own numbers: 12-pixel margins, 8 apart, a 14-wide grip, a 1-wide separator and a 30-wide
+    // overflow chip. Three chips of 100 make a bar of 24 + 14 + 3 * 108 = 362.
+    QTest::addColumn<QList<int>>("widths");
+    QTest::addColumn<qsizetype>("contextStart");
+    QTest::addColumn<int>("maxWidth");
+    QTest::addColumn<qsizetype>("shown");
+    const QList<int> three = {100, 100, 100};
+    QTest::newRow("all fit") << three << qsizetype(3) << 1000 << qsizetype(3);
+    QTest::newRow("all fit exactly") << three << qsizetype(3) << 362 << qsizetype(3);
+    // One pixel short: the last chip goes, and the overflow chip (38 with its gap) takes its place.
+    QTest::newRow("one pixel short") << three << qsizetype(3) << 361 << qsizetype(2);
+    // 24 + 14 + 108 + 38 = 184: one chip and the overflow chip.
+    QTest::newRow("overflow chip needs room too") << three << qsizetype(3) << 253 << qsizetype(1);
+    QTest::newRow("only the overflow chip") << three << qsizetype(3) << 183 << qsizetype(0);
+    QTest::newRow("no room at all") << three << qsizetype(3) << 0 << qsizetype(0);
+    QTest::newRow("empty bar") << QList<int>() << qsizetype(0) << 0 << qsizetype(0);
+    // With the front application's chips from index 2, the separator (9 with its gap) counts once one
+    // of them is on the bar: 362 + 9 fits all; 370 leaves the last out, and with it the separator.
+    QTest::newRow("separator counted") << three << qsizetype(2) << 371 << qsizetype(3);
+    QTest::newRow("separator leaves with the chips") << three << qsizetype(2) << 370 << qsizetype(2);
+    // Long chips early and short ones late: the row keeps its order, no short chip jumps ahead.
+    QTest::newRow("order kept") << QList<int>{300, 20, 20} << qsizetype(3) << 300 << qsizetype(0);
+}
+
+void TestGeometry::chipsThatDoNotFitOverflow()
+{
+    QFETCH(QList<int>, widths);
+    QFETCH(qsizetype, contextStart);
+    QFETCH(int, maxWidth);
+    QFETCH(qsizetype, shown);
+    const Overflow::Row row{24, 8, 14, 1, 30};
+    QCOMPARE(Overflow::chipsOnBar(widths, contextStart, row, maxWidth), shown);
+}
+
+void TestGeometry::overflowFlyoutFillsColumns_data()
+{
+    // Rows 30 high, 6 apart, between margins of 8: n rows take 16 + 30n + 6(n - 1).
+    QTest::addColumn<qsizetype>("count");
+    QTest::addColumn<int>("maxHeight");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("one column when it fits") << qsizetype(5) << 1000 << 5;
+    QTest::newRow("exactly 10 rows") << qsizetype(10) << 16 + 300 + 54 << 10;
+    QTest::newRow("11 rows split evenly") << qsizetype(11) << 16 + 300 + 54 << 6;
+    QTest::newRow("55 rows in 3 columns") << qsizetype(55) << 842 << 19;
+    QTest::newRow("no room still shows rows") << qsizetype(4) << 0 << 1;
+    QTest::newRow("nothing") << qsizetype(0) << 500 << 1;
+}
+
+void TestGeometry::overflowFlyoutFillsColumns()
+{
+    QFETCH(qsizetype, count);
+    QFETCH(int, maxHeight);
+    QFETCH(int, rows);
+    QCOMPARE(Overflow::rowsPerColumn(count, 30, 6, 8, maxHeight), rows);
 }
 
 QTEST_APPLESS_MAIN(TestGeometry)

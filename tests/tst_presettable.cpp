@@ -13,7 +13,16 @@ private Q_SLOTS:
     void everyButtonIsAPlainKeysButton();
     void everyArgumentParses();
     void titlesAreUniqueAcrossTheTable();
+    void everyPresetHasAnApplicationOfItsOwn();
+    void linuxApplicationsUseControlNotSuper();
 };
+
+namespace {
+
+/// The seed's presets for the other platform come first; the ones after them are for Linux applications.
+constexpr qsizetype seedPresets = 10;
+
+} // namespace
 
 void TestPresetTable::presetsInMenuOrder()
 {
@@ -37,7 +46,8 @@ void TestPresetTable::presetsInMenuOrder()
     };
 
     const QList<AppPreset>& presets = Presets::all();
-    QCOMPARE(presets.size(), expected.size());
+    QCOMPARE(expected.size(), seedPresets);
+    QVERIFY(presets.size() > seedPresets);
     for (qsizetype i = 0; i < expected.size(); ++i) {
         QCOMPARE(presets[i].name, expected[i].name);
         // Bundle ids are matched exactly against the running application, so their case matters.
@@ -88,7 +98,36 @@ void TestPresetTable::titlesAreUniqueAcrossTheTable()
             seen.insert(button.title);
         }
     }
-    QCOMPARE(seen.size(), 84);
+}
+
+void TestPresetTable::everyPresetHasAnApplicationOfItsOwn()
+{
+    // Two presets of one application would fill one set, and the menus could not tell them apart.
+    QSet<QString> names;
+    QSet<QString> applications;
+    for (const AppPreset& preset : Presets::all()) {
+        QVERIFY2(!names.contains(preset.name), qPrintable(preset.name));
+        QVERIFY2(!applications.contains(preset.bundleID), qPrintable(preset.bundleID));
+        // Desktop-entry ids are compared without their ".desktop".
+        QVERIFY2(!preset.bundleID.endsWith(QLatin1String(".desktop")), qPrintable(preset.bundleID));
+        names.insert(preset.name);
+        applications.insert(preset.bundleID);
+        QVERIFY2(!preset.buttons.isEmpty(), qPrintable(preset.name));
+    }
+}
+
+void TestPresetTable::linuxApplicationsUseControlNotSuper()
+{
+    // Linux applications bind Control; a combination carried over from the other platform's Command
+    // would press Super, which the desktop itself takes.
+    const QList<AppPreset>& presets = Presets::all();
+    for (qsizetype i = seedPresets; i < presets.size(); ++i) {
+        for (const ButtonSpec& button : presets[i].buttons) {
+            const auto combo = KeyCombo::parse(button.argument.value_or(QString()));
+            const QByteArray where = (presets[i].name + QLatin1String(" / ") + button.title).toUtf8();
+            QVERIFY2(combo && !(combo->flags & KeyCombo::SuperFlag), where.constData());
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(TestPresetTable)

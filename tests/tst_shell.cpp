@@ -3,6 +3,7 @@
 #include "app/MenuModel.h"
 #include "app/UpdateVerdict.h"
 #include "app/Visibility.h"
+#include "platform/DesktopEntryFile.h"
 #include "platform/fake/FakePlatform.h"
 
 #include <QTest>
@@ -20,6 +21,8 @@ private Q_SLOTS:
     void hotKeyHeldElsewhereIsReportedOncePerText();
     void updateVerdictsShowOnlyWhatIsSafe_data();
     void updateVerdictsShowOnlyWhatIsSafe();
+    void autostartEntryFollowsTheInstalledOne_data();
+    void autostartEntryFollowsTheInstalledOne();
 };
 
 namespace {
@@ -241,6 +244,33 @@ void TestShell::updateVerdictsShowOnlyWhatIsSafe()
     QString given;
     QCOMPARE(UpdateVerdict::of(feed, QStringLiteral("1.0"), &given), text);
     QCOMPARE(given, link);
+}
+
+void TestShell::autostartEntryFollowsTheInstalledOne_data()
+{
+    QTest::addColumn<QByteArray>("installed");
+    QTest::addColumn<QByteArray>("autostart"); // empty: none can be made from it
+    const QByteArray on = "X-GNOME-Autostart-enabled=true\n";
+    QTest::newRow("keys and translations kept")
+        << QByteArray("[Desktop Entry]\nType=Application\nName=Vantril\nName[de]=Vantril\nExec=vantril\n")
+        << QByteArray("[Desktop Entry]\nType=Application\nName=Vantril\nName[de]=Vantril\nExec=vantril\n") +
+               on;
+    QTest::newRow("switched off or hidden there, on here")
+        << QByteArray("[Desktop Entry]\nHidden=true\nExec=vantril\nX-GNOME-Autostart-enabled = false\n")
+        << QByteArray("[Desktop Entry]\nExec=vantril\n") + on;
+    QTest::newRow("other groups left out")
+        << QByteArray("# made by hand\n[Desktop Entry]\nExec=vantril\n\n[Desktop Action Quit]\nExec=vantril "
+                      "--quit\n")
+        << QByteArray("[Desktop Entry]\nExec=vantril\n") + on;
+    QTest::newRow("no main group") << QByteArray("[Desktop Action Quit]\nExec=x\n") << QByteArray();
+    QTest::newRow("empty file") << QByteArray() << QByteArray();
+}
+
+void TestShell::autostartEntryFollowsTheInstalledOne()
+{
+    QFETCH(QByteArray, installed);
+    QFETCH(QByteArray, autostart);
+    QCOMPARE(autostartEntryFrom(installed).value_or(QByteArray()), autostart);
 }
 
 QTEST_APPLESS_MAIN(TestShell)

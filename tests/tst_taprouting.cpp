@@ -68,6 +68,14 @@ void TestTapRouting::barTapsOpenCloseOrRun()
     QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("Files")), QRectF(80, 0, 70, 40));
     QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("a")), QRectF(80, 0, 70, 40));
     QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("in a set")), QRectF(12, 0, 100, 40));
+
+    // The overflow chip opens its flyout, a second tap closes it; a stack of that name does not count.
+    const QList<ButtonSpec> overflowed = {stack, folder};
+    const auto overflow = TapRouting::onOverflow(overflowed, QStringLiteral("Files"));
+    QCOMPARE(overflow.kind, Kind::OpenStack);
+    QCOMPARE(overflow.items.size(), 2);
+    QCOMPARE(TapRouting::onOverflow(overflowed, TapRouting::overflowId()).kind, Kind::CloseFlyout);
+    QCOMPARE(TapRouting::onOverflow(overflowed, overflow.id).kind, Kind::CloseFlyout);
 }
 
 void TestTapRouting::flyoutRowsWalkListingsInPlace()
@@ -98,6 +106,18 @@ void TestTapRouting::flyoutRowsWalkListingsInPlace()
                  QStringLiteral("Docs"), QStringLiteral("/data"))
                  .kind,
              Kind::Run);
+
+    // In the overflow's flyout a stack opens its own flyout and a folder its listing, as on the bar.
+    const QString overflow = TapRouting::overflowId();
+    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
+    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
+    route = TapRouting::inFlyout(stack, overflow, std::nullopt);
+    QCOMPARE(route.kind, Kind::OpenStack);
+    QCOMPARE(route.id, QStringLiteral("Files"));
+    route = TapRouting::inFlyout(sub, overflow, std::nullopt);
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.id, QStringLiteral("sub"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
 }
 
 void TestTapRouting::symbolsMapToThemeIconsOrText()

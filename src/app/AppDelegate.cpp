@@ -23,16 +23,26 @@
 #include "editor/EditView.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "platform/Screens.h"
 
 #include <QDir>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QUrl>
+#include <limits>
 
 namespace {
 
 /// Delay between the last move of the bar and the saving of its place.
 constexpr int savePositionDelayMs = 500;
+
+/// How wide the bar may grow on its screen before chips move into the overflow: the available width,
+/// less the gap kept from either side.
+int widthBudget(const std::optional<ScreenInfo>& screen)
+{
+    return screen ? std::max(0, screen->available.width() - 2 * Geometry::edgeGap)
+                  : std::numeric_limits<int>::max();
+}
 
 /// The button VANTRIL_SHOW_EDITOR names: top-level buttons first, then stack members; the
 /// applications' sets are not searched.
@@ -98,6 +108,7 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     createBar(environment.contains(QStringLiteral("VANTRIL_TOP")));
     m_menus = new ShellMenus(*this);
     connect(m_barView, &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
+    connect(m_barView, &BarView::overflowTapped, this, &AppDelegate::overflowTapped);
     m_menus->updateTrayIcon();
     connect(m_panel.get(), &BarPanel::moved, this, &AppDelegate::barMoved);
     watchScreens();
@@ -154,17 +165,17 @@ void AppDelegate::createBar(bool top)
 {
     m_panel = std::make_unique<BarPanel>(m_platform->panelWindows(), QStringLiteral("Vantril"));
     m_barView = new BarView(m_drag, m_handlers);
-    m_barView->rebuild(m_document->cfg(), contextButtons(), !top);
+    const QList<ScreenInfo> screens = m_platform->screens().all();
+    m_lastWidthBudget =
+        widthBudget(screens.isEmpty() ? std::nullopt : std::optional<ScreenInfo>(screens.first()));
+    m_barView->rebuild(m_document->cfg(), contextButtons(), !top, m_lastWidthBudget);
     m_panel->setContent(m_barView);
     m_flyouts->setBar(m_panel.get());
 
     const QSize size = m_panel->fittingSize();
     std::optional<QPoint> origin = top ? std::nullopt : savedOrigin(size);
-    if (!origin) {
-        const QList<ScreenInfo> screens = m_platform->screens().all();
-        if (!screens.isEmpty())
-            origin = Geometry::defaultOrigin(size, screens.first().available, top);
-    }
+    if (!origin && !screens.isEmpty())
+        origin = Geometry::defaultOrigin(size, screens.first().available, top);
     if (origin)
         m_panel->move(*origin);
     m_panel->showPanel();
@@ -186,7 +197,8 @@ void AppDelegate::reloadBar()
         m_lastExpandsUp = Geometry::expandsUp(frame, screen->frame);
     if (m_document)
         updateHotkey();
-    m_barView->rebuild(m_document->cfg(), contextButtons(), m_lastExpandsUp);
+    m_lastWidthBudget = widthBudget(screen);
+    m_barView->rebuild(m_document->cfg(), contextButtons(), m_lastExpandsUp, m_lastWidthBudget);
 
     const QSize size = m_panel->fittingSize();
     if (size.width() <= 0)
@@ -201,7 +213,7 @@ void AppDelegate::barMoved()
     const QRect frame = m_panel->frameGeometry();
     const auto screen = m_platform->screens().screenOf(frame);
     const bool up = screen ? Geometry::expandsUp(frame, screen->frame) : true;
-    if (up != m_lastExpandsUp)
+    if (up != m_lastExpandsUp || widthBudget(screen) != m_lastWidthBudget)
         reloadBar();
     m_saveTimer.start(); // restarted by every move: one save, half a second after the last
 }
@@ -252,9 +264,11 @@ void AppDelegate::screensChanged()
 {
     if (!m_panel)
         return;
+    closeFlyout();
     if (const auto origin = savedOrigin(m_panel->size()))
         m_panel->move(*origin);
-    closeFlyout();
+    // A screen that shrank, or a bar now on another one, may hold fewer chips (or more).
+    reloadBar();
 }
 
 void AppDelegate::scheduleStartupMoves(const QProcessEnvironment& environment)
@@ -317,8 +331,22 @@ void AppDelegate::tappedInFlyout(const ButtonSpec& spec)
         m_flyouts->showFolder(route.path, route.id, m_flyouts->anchor(), route.root);
         return;
     }
+    if (route.kind == Kind::OpenStack) { // a stack in the overflow: its flyout takes the overflow's place
+        const QRectF anchor = m_flyouts->anchor();
+        closeFlyout();
+        m_flyouts->showFlyout(route.items, route.id, anchor);
+        return;
+    }
     closeFlyout();
     m_actions->run(spec);
+}
+
+void AppDelegate::overflowTapped(const QList<ButtonSpec>& items, const QRectF& frameInBar)
+{
+    const TapRouting::Route route = TapRouting::onOverflow(items, m_flyouts->openGroup());
+    closeFlyout();
+    if (route.kind == TapRouting::Route::Kind::OpenStack)
+        m_flyouts->showFlyout(route.items, route.id, frameInBar);
 }
 
 void AppDelegate::closeFlyout()

@@ -48,6 +48,7 @@ public:
     void reloadBar();
     void tapped(const ButtonSpec& spec, const QRectF& frameInBar);
     void tappedInFlyout(const ButtonSpec& spec);
+    void overflowTapped(const QList<ButtonSpec>& items, const QRectF& frameInBar);
     void closeFlyout();
     void removeButton(const ButtonSpec& spec);
     void toggleLock(const ButtonSpec& spec);
@@ -112,6 +113,8 @@ private:
     std::unique_ptr<ConfigWatcher> m_watcher;
     QTimer m_saveTimer;
     bool m_lastExpandsUp = true;
+    /// How wide the bar could be on its screen when it was last rebuilt; another screen means a rebuild.
+    int m_lastWidthBudget = 0;
     std::optional<ContextApp> m_contextApp;
     BarVisibility* m_visibility = nullptr;
     ShellMenus* m_menus = nullptr;

@@ -4,13 +4,13 @@
 #include "app/InstanceClaim.h"
 #include "app/InstanceServer.h"
 #include "app/UpdateFeed.h"
+#include "bar/SymbolView.h"
 #include "diagnostics/Probe.h"
 #include "dragdrop/Editing.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QProcessEnvironment>
 #include <QTextStream>
 #include <QTimer>
@@ -103,10 +103,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("vantril"));
     QApplication::setQuitOnLastWindowClosed(false);
-    // Outside GNOME and KDE Qt knows no icon theme; Adwaita has every symbol the bar draws.
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
-        QIcon::setThemeName(QStringLiteral("Adwaita"));
-    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+    SymbolView::useIconThemes();
 
     return runBar(claim, *parsed.command);
 }

@@ -3,6 +3,8 @@
 #include "bar/ChipLabel.h"
 #include "bar/GripView.h"
 #include "bar/Look.h"
+#include "bar/Overflow.h"
+#include "bar/SymbolNames.h"
 #include "dragdrop/DragState.h"
 #include "editor/ItemMenu.h"
 
@@ -14,13 +16,27 @@
 
 namespace {
 
+constexpr int rowMargin = 12;
+constexpr int rowSpacing = 8;
+constexpr int separatorWidth = 1;
+
+/// The chip that holds what does not fit: a plain "»", neither a button nor a stack of the document.
+ButtonSpec overflowSpec(qsizetype count)
+{
+    ButtonSpec spec = ButtonSpec::make(QStringLiteral("\u00bb"), QString(), QStringLiteral("group"),
+                                       count == 1 ? QStringLiteral("1 more button")
+                                                  : QStringLiteral("%1 more buttons").arg(count));
+    spec.color = QStringLiteral("white");
+    return spec;
+}
+
 class Separator : public QWidget
 {
 public:
     explicit Separator(QWidget* parent)
         : QWidget(parent)
     {
-        setFixedSize(1, 22);
+        setFixedSize(separatorWidth, 22);
     }
 
 protected:
@@ -42,12 +58,13 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
 {
     setFocusPolicy(Qt::NoFocus);
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(12, 0, 12, 0);
-    row->setSpacing(8);
+    row->setContentsMargins(rowMargin, 0, rowMargin, 0);
+    row->setSpacing(rowSpacing);
     setFixedHeight(barHeight);
     setAcceptDrops(true);
     // The grip outlives rebuilds: crossing the middle of the screen rebuilds the bar while it is dragged.
-    row->addWidget(new GripView(this), 0, Qt::AlignVCenter);
+    m_grip = new GripView(this);
+    row->addWidget(m_grip, 0, Qt::AlignVCenter);
     connect(&m_drag, &DragState::changed, this, &BarView::dragChanged);
 }
 
@@ -55,7 +72,7 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
 {
     std::optional<QString> chevron;
     if (spec.isGroup() || spec.action == QLatin1String("folder"))
-        chevron = expandsUp ? QStringLiteral("chevron.up") : QStringLiteral("chevron.down");
+        chevron = SymbolNames::chevron(expandsUp);
     auto* chip = new ChipLabel(spec, chevron, false, this);
     const BarHandlers& handlers = m_handlers;
     chip->onTap = [this, chip, &handlers] {
@@ -69,7 +86,8 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
     return chip;
 }
 
-void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextButtons, bool expandsUp)
+void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextButtons, bool expandsUp,
+                      int maxWidth)
 {
     // Later: a chip's own tap may be what asked for this rebuild, and it is still on the stack.
     for (QWidget* part : std::as_const(m_parts)) {
@@ -78,32 +96,61 @@ void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextB
     }
     m_parts.clear();
     m_chips.clear();
+    m_overflowChip = nullptr;
+    m_overflowed.clear();
+
+    const QList<ButtonSpec> specs = config.buttons + contextButtons;
+    const qsizetype contextStart = config.buttons.size();
+    QList<ChipLabel*> chips;
+    QList<int> widths;
+    for (const ButtonSpec& spec : specs) {
+        chips.append(makeChip(spec, expandsUp));
+        widths.append(chips.last()->sizeHint().width());
+    }
+    const auto overflowWidth = ChipLabel(overflowSpec(0), std::nullopt, false).sizeHint().width();
+    const Overflow::Row metrics{2 * rowMargin, rowSpacing, m_grip->sizeHint().width(), separatorWidth,
+                                overflowWidth};
+    const qsizetype shown = Overflow::chipsOnBar(widths, contextStart, metrics, maxWidth);
+    for (qsizetype i = shown; i < chips.size(); ++i) {
+        m_overflowed.append(specs.at(i));
+        delete chips.at(i); // made only to be measured
+    }
+    chips.resize(shown);
 
     auto* row = static_cast<QHBoxLayout*>(layout());
-    for (const ButtonSpec& spec : config.buttons) {
-        ChipLabel* chip = makeChip(spec, expandsUp);
-        row->addWidget(chip, 0, Qt::AlignVCenter);
-        m_chips.append(chip);
-    }
-    if (!contextButtons.isEmpty()) {
-        auto* separator = new Separator(this);
-        row->addWidget(separator, 0, Qt::AlignVCenter);
-        m_parts.append(separator);
-        for (const ButtonSpec& spec : contextButtons) {
-            ChipLabel* chip = makeChip(spec, expandsUp);
-            row->addWidget(chip, 0, Qt::AlignVCenter);
-            m_chips.append(chip);
+    for (qsizetype i = 0; i < chips.size(); ++i) {
+        if (i == contextStart) {
+            auto* separator = new Separator(this);
+            row->addWidget(separator, 0, Qt::AlignVCenter);
+            m_parts.append(separator);
         }
+        row->addWidget(chips.at(i), 0, Qt::AlignVCenter);
+        m_chips.append(chips.at(i));
+        m_parts.append(chips.at(i));
     }
-    for (ChipLabel* chip : std::as_const(m_chips))
-        m_parts.append(chip);
+    if (!m_overflowed.isEmpty()) {
+        m_overflowChip = new ChipLabel(overflowSpec(m_overflowed.size()), std::nullopt, false, this);
+        m_overflowChip->onTap = [this] {
+            const QList<ButtonSpec> items = m_overflowed; // what the tap does may rebuild the bar
+            Q_EMIT overflowTapped(items, overflowFrame());
+        };
+        row->addWidget(m_overflowChip, 0, Qt::AlignVCenter);
+        m_parts.append(m_overflowChip);
+    }
     // Children added to a widget that is already on screen stay hidden until shown.
     for (QWidget* part : std::as_const(m_parts))
         part->show();
     row->activate();
     setFixedSize(sizeHint());
+    // A hidden bar lays its children out only when shown; the frames are wanted now.
+    row->setGeometry(rect());
     dragChanged();
     publishFrames();
+}
+
+QRectF BarView::overflowFrame() const
+{
+    return m_overflowChip ? QRectF(m_overflowChip->geometry()) : QRectF();
 }
 
 QSize BarView::sizeHint() const

@@ -2,6 +2,7 @@
 
 #include "actions/IconCache.h"
 #include "bar/Look.h"
+#include "bar/SymbolNames.h"
 #include "bar/SymbolView.h"
 
 #include <QContextMenuEvent>
@@ -132,7 +133,7 @@ void ChipLabel::paintEvent(QPaintEvent*)
             painter.drawPixmap(QRect(x, middle - chevronSize / 2, chevronSize, chevronSize), chevron);
         } else {
             // No icon theme: a drawn chevron keeps the stack recognisable.
-            const bool up = m_chevron == QLatin1String("chevron.up");
+            const bool up = m_chevron == SymbolNames::chevron(true);
             QPainterPath path;
             const qreal top = middle - 2.5;
             const qreal bottom = middle + 2.5;
@@ -149,8 +150,8 @@ void ChipLabel::paintEvent(QPaintEvent*)
         constexpr int lockSize = 8;
         constexpr int lockPadding = 3;
         const QRect lockRect(width() - lockPadding - lockSize, lockPadding, lockSize, lockSize);
-        const QPixmap lock = SymbolView::icon(QStringLiteral("lock.fill"), Look::secondaryColor(), lockSize,
-                                              devicePixelRatioF());
+        const QPixmap lock =
+            SymbolView::icon(SymbolNames::lock(), Look::secondaryColor(), lockSize, devicePixelRatioF());
         if (!lock.isNull()) {
             painter.drawPixmap(lockRect, lock);
         } else {

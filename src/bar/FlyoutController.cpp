@@ -4,10 +4,12 @@
 #include "bar/FlyoutView.h"
 #include "bar/FolderListing.h"
 #include "bar/Geometry.h"
+#include "bar/Overflow.h"
 #include "platform/Platform.h"
 
 #include <QGuiApplication>
 #include <QTimer>
+#include <limits>
 
 namespace {
 
@@ -41,18 +43,14 @@ void FlyoutController::open(const QList<ButtonSpec>& items, const QString& id, c
         return;
     // Known before the rows are made: a listing's rows get no button menu.
     m_listingRoot = listingRoot;
-    auto* panel = new BarPanel(m_platform.panelWindows(), QStringLiteral("Vantril flyout"));
-    auto* view = new FlyoutView(items, m_handlers, &m_drag);
-    const std::optional<int> height = room();
-    if (height && view->sizeHint().height() > *height)
-        panel->setContent(FlyoutView::scrolling(view, *height));
-    else
-        panel->setContent(view);
-
     const QRect bar = m_bar->frameGeometry();
     const auto screen = m_platform.screens().screenOf(bar);
     const std::optional<QRect> frame = screen ? std::optional<QRect>(screen->frame) : std::nullopt;
     const std::optional<QRect> available = screen ? std::optional<QRect>(screen->available) : std::nullopt;
+    // Long stacks and the overflow of a crowded bar take more columns rather than leave the screen.
+    const int height = room().value_or(std::numeric_limits<int>::max());
+    auto* panel = new BarPanel(m_platform.panelWindows(), QStringLiteral("Vantril flyout"));
+    panel->setContent(new FlyoutView(items, m_handlers, &m_drag, height));
     panel->move(Geometry::flyoutOrigin(bar, anchor, panel->fittingSize(), frame, available));
     panel->showPanel();
 

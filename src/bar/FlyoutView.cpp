@@ -3,35 +3,26 @@
 #include "bar/ChipLabel.h"
 #include "bar/Geometry.h"
 #include "bar/Look.h"
+#include "bar/Overflow.h"
 #include "editor/ItemMenu.h"
 
+#include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QVBoxLayout>
 
 namespace {
 
 constexpr int margin = 8;
 constexpr int spacing = 6;
 
-/// Its size is the one it is given: the panel around it sizes itself to its content's size hint, which a
-/// scroll area otherwise takes from the whole view it scrolls.
-class ScrollingPane : public QScrollArea
-{
-public:
-    QSize sizeHint() const override { return minimumSize(); }
-};
-
 } // namespace
 
 FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, const DragState* drag,
-                       QWidget* parent)
+                       int maxHeight, QWidget* parent)
     : QWidget(parent)
 {
     setFocusPolicy(Qt::NoFocus);
-    auto* column = new QVBoxLayout(this);
+    auto* column = new QGridLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(spacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
@@ -43,10 +34,15 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
         QPalette palette = empty->palette();
         palette.setColor(QPalette::WindowText, Look::secondaryColor());
         empty->setPalette(palette);
-        column->addWidget(empty);
+        column->addWidget(empty, 0, 0);
     }
-    for (const ButtonSpec& spec : items) {
+    int rows = 1;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        const ButtonSpec& spec = items.at(i);
         auto* chip = new ChipLabel(spec, std::nullopt, true, this);
+        if (i == 0)
+            rows =
+                Overflow::rowsPerColumn(items.size(), chip->sizeHint().height(), spacing, margin, maxHeight);
         chip->onTap = [chip, &handlers] {
             if (handlers.tapInFlyout)
                 handlers.tapInFlyout(chip->spec());
@@ -58,7 +54,7 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
                 ItemMenu::popup(chip->spec(), handlers, *drag, at);
             };
         }
-        column->addWidget(chip);
+        column->addWidget(chip, int(i % rows), int(i / rows));
     }
 }
 
@@ -73,22 +69,6 @@ int FlyoutView::rowsFitting(int height)
     const ChipLabel sample(ButtonSpec::make(QStringLiteral("sample"), QString(), QString()), std::nullopt,
                            true);
     return Geometry::rowsFitting(height, sample.sizeHint().height(), spacing, margin);
-}
-
-QWidget* FlyoutView::scrolling(FlyoutView* view, int height)
-{
-    // Scrolling rather than leaving members out: every member of a stack stays reachable, as in a long menu.
-    auto* pane = new ScrollingPane;
-    pane->setFrameShape(QFrame::NoFrame);
-    pane->setFocusPolicy(Qt::NoFocus);
-    pane->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    pane->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    pane->setAttribute(Qt::WA_TranslucentBackground);
-    pane->viewport()->setAutoFillBackground(false);
-    pane->setWidget(view);
-    view->adjustSize();
-    pane->setFixedSize(view->width() + pane->verticalScrollBar()->sizeHint().width(), height);
-    return pane;
 }
 
 void FlyoutView::paintEvent(QPaintEvent*)

@@ -11,7 +11,9 @@ struct Mapping
 };
 
 /// The names the program itself uses (defaults, presets, listings, menus), mapped to the closest
-/// freedesktop icon, in the order the editor's palette shows them: related symbols side by side.
+/// freedesktop icon, in the order the editor's palette shows them: related symbols side by side. A name
+/// without an icon, or whose icon the user's theme and Adwaita both lack, is drawn from the program's
+/// own set of pictures.
 constexpr Mapping mappings[] = {
     {u"folder", u"folder"},
     {u"folder.badge.plus", u"folder-new"},
@@ -21,11 +23,14 @@ constexpr Mapping mappings[] = {
     {u"doc.text", u"text-x-generic"},
     {u"doc", u"text-x-generic"},
     {u"doc.plaintext", u"text-x-generic"},
+    {u"doc.on.doc", u"edit-copy"},
     {u"note.text", u"accessories-text-editor"},
     {u"square.and.pencil", u"document-edit"},
     {u"pencil.and.outline", u"document-edit"},
+    {u"pencil", u"document-edit"},
     {u"tablecells", u"x-office-spreadsheet"},
     {u"calendar", u"x-office-calendar"},
+    {u"clock", u"document-open-recent"},
     {u"photo", u"image-x-generic"},
     {u"music.note", u"audio-x-generic"},
     {u"waveform", u"audio-x-generic"},
@@ -39,7 +44,7 @@ constexpr Mapping mappings[] = {
     {u"link", u"insert-link"},
     {u"envelope", u"mail-unread"},
     {u"tray", u"mail-inbox"},
-    {u"tray.and.arrow.down", u"mail-receive"},
+    {u"tray.and.arrow.down", u"mail-send-receive"},
     {u"arrowshape.turn.up.left", u"mail-reply-sender"},
     {u"arrowshape.turn.up.left.2", u"mail-reply-all"},
     {u"arrowshape.turn.up.right", u"mail-forward"},
@@ -65,21 +70,32 @@ constexpr Mapping mappings[] = {
     {u"scissors", u"edit-cut"},
     {u"plus.square.on.square", u"edit-copy"},
     {u"square.and.arrow.down", u"document-save"},
+    {u"square.and.arrow.down.on.square", u"insert-object"},
     {u"square.and.arrow.up", u"send-to"},
     {u"arrow.up.forward.app", u"document-open"},
     {u"plus.rectangle", u"tab-new"},
     {u"macwindow.badge.plus", u"window-new"},
+    {u"plus.rectangle.on.rectangle", u"list-add"},
+    {u"rectangle.stack.badge.plus", nullptr},
+    {u"rectangle.on.rectangle", u"view-restore"},
+    {u"arrow.up.left.and.arrow.down.right", u"view-fullscreen"},
     {u"xmark.rectangle", u"edit-clear"},
+    {u"xmark.circle", u"window-close"},
     {u"arrow.uturn.backward", u"edit-undo"},
     {u"arrow.clockwise", u"view-refresh"},
     {u"rotate.right", u"object-rotate-right"},
+    {u"arrow.left.arrow.right", u"object-flip-horizontal"},
+    {u"arrow.down.to.line", u"go-bottom"},
+    {u"arrow.right.to.line", u"go-last"},
     {u"stop.circle", u"process-stop"},
     {u"eye", u"view-reveal"},
     {u"eye.slash", u"view-conceal"},
     {u"list.bullet", u"view-list"},
     {u"list.bullet.indent", u"format-indent-more"},
+    {u"line.3.horizontal.decrease.circle", nullptr},
     {u"rectangle.split.3x1", u"view-column"},
     {u"rectangle.split.2x1", u"view-dual"},
+    {u"square.split.2x1", nullptr},
     {u"magnet", u"view-grid"},
     {u"bold", u"format-text-bold"},
     {u"italic", u"format-text-italic"},
@@ -111,8 +127,10 @@ const QHash<QString, QString>& table()
 {
     static const QHash<QString, QString> names = [] {
         QHash<QString, QString> built;
-        for (const Mapping& mapping : mappings)
-            built.insert(QString::fromUtf16(mapping.symbol), QString::fromUtf16(mapping.icon));
+        for (const Mapping& mapping : mappings) {
+            if (mapping.icon)
+                built.insert(QString::fromUtf16(mapping.symbol), QString::fromUtf16(mapping.icon));
+        }
         return built;
     }();
     return names;
@@ -136,6 +154,21 @@ bool looksLikeIconName(const QString& symbol)
 } // namespace
 
 namespace SymbolNames {
+
+QString chevron(bool up)
+{
+    return up ? QStringLiteral("chevron.up") : QStringLiteral("chevron.down");
+}
+
+QString lock()
+{
+    return QStringLiteral("lock.fill");
+}
+
+QStringList chrome()
+{
+    return {chevron(true), chevron(false), lock()};
+}
 
 const QStringList& names()
 {

@@ -11,4 +11,11 @@ QStringList iconNames(const QString& symbol);
 /// The symbol names the program maps, related ones next to each other.
 const QStringList& names();
 
+/// The chevron a stack or folder chip shows: pointing the way its flyout opens.
+QString chevron(bool up);
+/// The mark of a locked chip.
+QString lock();
+/// The symbols the views draw on their own account (chevrons, lock), beside those of the buttons.
+QStringList chrome();
+
 } // namespace SymbolNames

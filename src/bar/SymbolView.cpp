@@ -2,11 +2,50 @@
 
 #include "bar/SymbolNames.h"
 
+#include <QFile>
 #include <QHash>
 #include <QIcon>
 #include <QPainter>
+#include <QStandardPaths>
+
+namespace {
+
+/// The program's own picture of a symbol, for names no icon theme has.
+QString ownPicture(const QString& name)
+{
+    return QStringLiteral(":/symbols/") + name + QStringLiteral(".svg");
+}
+
+} // namespace
 
 namespace SymbolView {
+
+void useIconThemes()
+{
+    // Platforms without a desktop theme (offscreen, minimal) look in no XDG data folder at all.
+    QStringList paths = QIcon::themeSearchPaths();
+    for (const QString& folder : QStandardPaths::locateAll(
+             QStandardPaths::GenericDataLocation, QStringLiteral("icons"), QStandardPaths::LocateDirectory)) {
+        if (!paths.contains(folder))
+            paths.append(folder);
+    }
+    QIcon::setThemeSearchPaths(paths);
+    // Outside GNOME and KDE Qt knows no icon theme; Adwaita has nearly every symbol the bar draws.
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+}
+
+QString source(const QString& name)
+{
+    for (const QString& themeName : SymbolNames::iconNames(name)) {
+        if (QIcon::hasThemeIcon(themeName))
+            return themeName;
+    }
+    if (!name.isEmpty() && !name.contains(QLatin1Char('/')) && QFile::exists(ownPicture(name)))
+        return ownPicture(name);
+    return {};
+}
 
 QPixmap icon(const QString& name, const QColor& color, int size, qreal devicePixelRatio)
 {
@@ -18,20 +57,18 @@ QPixmap icon(const QString& name, const QColor& color, int size, qreal devicePix
         return it.value();
 
     QPixmap result;
-    for (const QString& themeName : SymbolNames::iconNames(name)) {
-        const QIcon themed = QIcon::fromTheme(themeName);
-        if (themed.isNull())
-            continue;
-        QPixmap pixmap = themed.pixmap(QSize(size, size), devicePixelRatio);
-        if (pixmap.isNull())
-            continue;
-        // Symbolic icons are drawn in one colour; the chip wants its text colour, whatever the theme's.
-        QPainter painter(&pixmap);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(QRect(QPoint(0, 0), pixmap.size()), color);
-        painter.end();
-        result = pixmap;
-        break;
+    const QString from = source(name);
+    if (!from.isEmpty()) {
+        const QIcon picture = from.startsWith(QLatin1Char(':')) ? QIcon(from) : QIcon::fromTheme(from);
+        QPixmap pixmap = picture.pixmap(QSize(size, size), devicePixelRatio);
+        if (!pixmap.isNull()) {
+            // Symbolic icons are drawn in one colour; the chip wants its text colour, whatever the theme's.
+            QPainter painter(&pixmap);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            painter.fillRect(QRect(QPoint(0, 0), pixmap.size()), color);
+            painter.end();
+            result = pixmap;
+        }
     }
     cache.insert(key, result);
     return result;

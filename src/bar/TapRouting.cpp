@@ -4,6 +4,11 @@
 
 namespace TapRouting {
 
+QString overflowId()
+{
+    return QStringLiteral("\u0001overflow");
+}
+
 Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup)
 {
     const bool folder = spec.action == QLatin1String("folder");
@@ -20,9 +25,18 @@ Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup)
     return {Route::Kind::OpenStack, spec.children.value_or(QList<ButtonSpec>()), {}, {}, spec.title};
 }
 
+Route onOverflow(const QList<ButtonSpec>& items, const std::optional<QString>& openGroup)
+{
+    if (openGroup == overflowId())
+        return {Route::Kind::CloseFlyout, {}, {}, {}, overflowId()};
+    return {Route::Kind::OpenStack, items, {}, {}, overflowId()};
+}
+
 Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
                const std::optional<QString>& listingRoot)
 {
+    if (openGroup == overflowId())
+        return onBar(spec, std::nullopt);
     if (spec.action != QLatin1String("folder") && spec.action != QLatin1String("navigate"))
         return {Route::Kind::Run, {}, {}, {}, spec.title};
     return {Route::Kind::OpenFolder,

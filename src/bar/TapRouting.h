@@ -25,9 +25,15 @@ struct Route
     QString id; ///< the button the flyout belongs to
 };
 
+/// The id of the overflow chip's flyout: no title a person types, so no stack can share it.
+QString overflowId();
+
 /// A chip on the bar.
 Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup);
-/// A row in the open flyout; folder and "navigate" rows walk the listing in place.
+/// The overflow chip, holding the chips that did not fit on the bar.
+Route onOverflow(const QList<ButtonSpec>& items, const std::optional<QString>& openGroup);
+/// A row in the open flyout; folder and "navigate" rows walk the listing in place. The overflow's rows
+/// are chips of the bar and do what they would do there.
 Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
                const std::optional<QString>& listingRoot);
 

@@ -2,6 +2,7 @@
 
 #include "bar/ChipLabel.h"
 #include "bar/Look.h"
+#include "bar/SymbolNames.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -20,7 +21,7 @@ void ChipPreview::setSpec(const ButtonSpec& spec)
     delete m_chip;
     std::optional<QString> chevron;
     if (spec.isGroup() || spec.action == QLatin1String("folder"))
-        chevron = QStringLiteral("chevron.down");
+        chevron = SymbolNames::chevron(false);
     m_chip = new ChipLabel(spec, chevron, false, this);
     m_chip->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_row->addWidget(m_chip);

@@ -13,16 +13,6 @@ namespace {
 constexpr int columns = 14;
 constexpr int iconSize = 16;
 
-/// The theme icon a symbol name ends up drawn with, or an empty string when it would be drawn as text.
-QString themeIconOf(const QString& symbol)
-{
-    for (const QString& name : SymbolNames::iconNames(symbol)) {
-        if (QIcon::hasThemeIcon(name))
-            return name;
-    }
-    return {};
-}
-
 } // namespace
 
 QStringList SymbolPalette::drawableNames()
@@ -32,7 +22,7 @@ QStringList SymbolPalette::drawableNames()
     QStringList names;
     QSet<QString> seen;
     for (const QString& symbol : SymbolNames::names()) {
-        const QString icon = themeIconOf(symbol);
+        const QString icon = SymbolView::source(symbol);
         if (icon.isEmpty() || seen.contains(icon))
             continue;
         if (SymbolView::icon(symbol, Qt::black, iconSize, 1).isNull())

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QList>
 #include <QStandardPaths>
 #include <QTextStream>
 #include <algorithm>
@@ -158,4 +159,30 @@ QString desktopEntryExecArgument(const QString& path)
     }
     quoted += u'"';
     return desktopEntryEscaped(quoted);
+}
+
+std::optional<QByteArray> autostartEntryFrom(const QByteArray& entry)
+{
+    // Whether it starts is the autostart entry's own business, whatever the installed one says.
+    const auto decidesStart = [](const QByteArray& line) {
+        const QByteArray key = line.left(line.indexOf('=')).trimmed();
+        return key == "Hidden" || key == "X-GNOME-Autostart-enabled";
+    };
+    QByteArray result;
+    bool mainGroup = false;
+    bool found = false;
+    for (const QByteArray& line : entry.split('\n')) {
+        const QByteArray trimmed = line.trimmed();
+        if (trimmed.startsWith('[')) {
+            mainGroup = trimmed == "[Desktop Entry]" && !found;
+            found = found || mainGroup;
+            if (mainGroup)
+                result += "[Desktop Entry]\n";
+        } else if (mainGroup && !trimmed.isEmpty() && !decidesStart(trimmed)) {
+            result += trimmed + '\n';
+        }
+    }
+    if (!found)
+        return std::nullopt;
+    return result + "X-GNOME-Autostart-enabled=true\n";
 }

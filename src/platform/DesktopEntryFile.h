@@ -29,3 +29,8 @@ QString desktopEntryEscaped(const QString& value);
 /// A path as one argument of an "Exec" value: in double quotes with `"`, `` ` ``, `$` and `\` behind a
 /// backslash, `%` doubled so that it is not taken for a field code, then escaped as every value is.
 QString desktopEntryExecArgument(const QString& path);
+
+/// The launch-at-login entry made from the program's installed desktop entry: its main group, every
+/// translation included, switched on for session managers and never Hidden. Nothing when `entry` has
+/// no main group.
+std::optional<QByteArray> autostartEntryFrom(const QByteArray& entry);

@@ -7,6 +7,7 @@
 #include <QRect>
 #include <QRectF>
 #include <QString>
+#include <limits>
 
 /// Where the chips of a configuration sit on a bar expanding upwards, in bar coordinates, and how wide
 /// that bar is. Laid out by the program's own bar view in this process, with the icon theme the program
@@ -17,13 +18,25 @@ struct BarLayout
 {
     int width = 0;
     QHash<QString, QRectF> chips;
+    /// The buttons in the overflow chip, and where that chip is (null without one).
+    QList<ButtonSpec> overflowed;
+    QRectF overflow;
 
     /// The middle of chip `title` on screen, for a bar window at `barFrame`.
     QPoint centreOf(const QString& title, const QRect& barFrame) const;
 };
 
-/// The chips of `config`, with `context` after the separator.
-BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context = {});
+/// The chips of `config`, with `context` after the separator, on a bar at most `maxWidth` wide.
+BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context = {},
+                   int maxWidth = std::numeric_limits<int>::max());
+
+/// A flyout of `items` at most `maxHeight` high: its size and its chips' frames in it, by title.
+struct FlyoutLayout
+{
+    QSize size;
+    QHash<QString, QRectF> chips;
+};
+FlyoutLayout flyoutLayoutOf(const QList<ButtonSpec>& items, int maxHeight);
 
 /// The icon theme the program sets up, so that chips laid out here have its icons' widths.
 void useProgramIconTheme();

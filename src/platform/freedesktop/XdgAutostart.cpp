@@ -10,6 +10,21 @@
 #include <QStandardPaths>
 #include <QTextStream>
 
+namespace {
+
+/// The autostart entry made from the program's desktop entry in the XDG data folders, if it is installed.
+std::optional<QByteArray> installedEntry()
+{
+    const QString installed =
+        QStandardPaths::locate(QStandardPaths::ApplicationsLocation, QStringLiteral("vantril.desktop"));
+    if (installed.isEmpty())
+        return std::nullopt;
+    const std::optional<QByteArray> entry = readDesktopEntryFile(installed);
+    return entry ? autostartEntryFrom(*entry) : std::nullopt;
+}
+
+} // namespace
+
 QString XdgAutostart::entryPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
@@ -38,6 +53,14 @@ std::optional<QString> XdgAutostart::setEnabled(bool enabled)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    // An installed program starts at login as its menu entry starts it, translations and all; run from
+    // a build folder, it has no such entry and starts from where it is.
+    if (const auto installed = installedEntry()) {
+        file.write(*installed);
+        if (!file.commit())
+            return QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+        return std::nullopt;
+    }
     QTextStream out(&file);
     out << "[Desktop Entry]\n"
         << "Type=Application\n"
