@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 SOURCES = $(shell find src tests bench -name '*.cpp' -o -name '*.h' 2>/dev/null)
 
-.PHONY: run test build deps test-deps unit-asan format format-check clean
+.PHONY: run test build deps test-deps bench bench-deps unit-asan format format-check clean
 
 run: build
 	./build/src/vantril
@@ -23,6 +23,17 @@ unit-asan: test-deps
 deps:
 	@./scripts/install-deps.sh build
 
+# Figures, not tests: the program optimised as a package is, beside a minimal Qt and a minimal Xlib window,
+# on a virtual X server of its own. bench/README.md says what each figure is; BENCH_IDLE_S=10 BENCH_RUNS=3
+# BENCH_SAMPLES=5 BENCH_CYCLES=100 make a quick run.
+bench: bench-deps
+	cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $(JOBS) --target benchmarks
+	tests/x11/with-x-session.sh bench/run.sh build-bench
+
+bench-deps:
+	@./scripts/install-deps.sh bench
+
 test-deps:
 	@./scripts/install-deps.sh test
 
@@ -33,4 +44,4 @@ format-check: test-deps
 	@clang-format --dry-run --Werror $(SOURCES) && echo "Formatting: ok"
 
 clean:
-	rm -rf build build-asan
+	rm -rf build build-asan build-bench

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building (and, with "test", testing) Vantril needs.
+# Installs the Debian 12 packages that building (and, with "test", testing, with "bench", measuring) Vantril
+# needs.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -8,10 +9,14 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
 test_packages=(clang-format xvfb xauth openbox xdotool x11-utils x11-xserver-utils xclip imagemagick trayer)
+# The benchmarks' window watcher, and the private X session they run in.
+bench_packages=(libxcb-damage0-dev xvfb xauth openbox x11-utils)
 
 packages=("${build_packages[@]}")
 if [[ "${1:-build}" == "test" ]]; then
     packages+=("${test_packages[@]}")
+elif [[ "${1:-build}" == "bench" ]]; then
+    packages+=("${bench_packages[@]}")
 fi
 
 missing=()
