@@ -8,7 +8,7 @@ SOURCES = $(shell find src tests bench fuzz -name '*.cpp' -o -name '*.h' 2>/dev/
 # Seconds each fuzz target runs in `make fuzz`; `make test` gives each a few.
 FUZZ_SECONDS ?= 60
 
-.PHONY: run test test-desktops build deps test-deps desktop-deps fuzz-deps package-deps install package unit-asan fuzz format format-check clean
+.PHONY: run test test-desktops build deps test-deps desktop-deps fuzz-deps package-deps install package bench bench-deps unit-asan fuzz format format-check clean
 
 run: build
 	./build/src/vantril
@@ -45,6 +45,17 @@ fuzz: fuzz-deps
 deps:
 	@./scripts/install-deps.sh build
 
+# Figures, not tests: the program optimised as a package is, beside a minimal Qt and a minimal Xlib window,
+# on a virtual X server of its own. bench/README.md says what each figure is; BENCH_IDLE_S=10 BENCH_RUNS=3
+# BENCH_SAMPLES=5 BENCH_CYCLES=100 make a quick run.
+bench: bench-deps
+	cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $(JOBS) --target benchmarks
+	tests/x11/with-x-session.sh bench/run.sh build-bench
+
+bench-deps:
+	@./scripts/install-deps.sh bench
+
 test-deps:
 	@./scripts/install-deps.sh test
 
@@ -64,4 +75,4 @@ format-check: test-deps
 	@clang-format --dry-run --Werror $(SOURCES) && echo "Formatting: ok"
 
 clean:
-	rm -rf build build-asan build-fuzz
+	rm -rf build build-asan build-fuzz build-bench

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that building Vantril needs; with "test", testing; with "desktops",
 # testing under every window manager of the desktop matrix; with "fuzz", fuzzing; with "package", making
-# its Debian package.
+# its Debian package; with "bench", measuring it.
 # Only missing packages are installed; nothing is done when everything is there.
 set -euo pipefail
 
@@ -20,6 +20,8 @@ desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity ice
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 # dpkg-shlibdeps works out what the package depends on.
 package_packages=(dpkg-dev)
+# The benchmarks' window watcher, and the private X session they run in.
+bench_packages=(libxcb-damage0-dev xvfb xauth openbox x11-utils)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
@@ -27,6 +29,7 @@ test) packages+=("${test_packages[@]}" "${fuzz_packages[@]}") ;;
 desktops) packages+=("${test_packages[@]}" "${desktop_packages[@]}") ;;
 fuzz) packages+=("${fuzz_packages[@]}") ;;
 package) packages+=("${package_packages[@]}") ;;
+bench) packages+=("${bench_packages[@]}") ;;
 esac
 
 missing=()

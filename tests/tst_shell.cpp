@@ -57,9 +57,14 @@ void TestShell::autoHideWaitsTenIdleTicks()
     QCOMPARE(visibility.tick(away()), Action::Hide); // the tenth: 1.5 s
     visibility.hidden(false);
     QCOMPARE(visibility.state(), Visibility::State::HiddenAuto);
+    QVERIFY(visibility.needsTicks(true));
+    QVERIFY(visibility.needsTicks(false)); // the tick that finds auto-hide off brings it back
 
-    // Auto-hide off: nothing ever hides; turned off while hidden, the bar comes back at once.
+    // Auto-hide off: nothing ever hides, so the tick need not run; turned off while hidden, the bar
+    // comes back at once.
     Visibility off;
+    QVERIFY(!off.needsTicks(false));
+    QVERIFY(off.needsTicks(true));
     for (int tick = 0; tick < 50; ++tick)
         QCOMPARE(off.tick(away(false)), Action::None);
     QCOMPARE(visibility.autoHideToggled(false), Action::Show);
@@ -126,6 +131,7 @@ void TestShell::manualHideIgnoresThePointer()
     Visibility::Sample onTop = away();
     onTop.pointer = bar.center();
     for (const bool autoHide : {true, false}) {
+        QVERIFY(!visibility.needsTicks(autoHide));
         onTop.autoHide = autoHide;
         for (int tick = 0; tick < 5; ++tick)
             QCOMPARE(visibility.tick(onTop), Action::None);

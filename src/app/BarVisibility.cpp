@@ -26,7 +26,20 @@ void BarVisibility::attach(BarPanel* bar, FlyoutController* flyouts, std::functi
 
 void BarVisibility::start()
 {
-    m_timer.start();
+    m_started = true;
+    updateTick();
+}
+
+void BarVisibility::updateTick()
+{
+    // Auto-hide is switched through this class while the bar runs, so the tick is started as soon as it
+    // is needed. A hand edit of vantril.ini is only read at the next start: following it would mean
+    // waking up to look at the file, which is what an idle bar must not do.
+    const bool needed = m_started && m_bar && m_state.needsTicks(m_preferences.autoHide());
+    if (needed && !m_timer.isActive())
+        m_timer.start(); // a tick already running keeps its beat
+    else if (!needed)
+        m_timer.stop();
 }
 
 void BarVisibility::tick()
@@ -35,9 +48,10 @@ void BarVisibility::tick()
         return;
     Visibility::Sample sample;
     sample.autoHide = m_preferences.autoHide();
-    // The common case, a bar that stays: no need to ask the server where the pointer is.
-    if (!sample.autoHide && m_state.isShown())
+    if (!m_state.needsTicks(sample.autoHide)) {
+        updateTick(); // auto-hide went off behind our back: nothing to ask the server, and no more ticks
         return;
+    }
     sample.pointer = QCursor::pos();
     sample.bar = m_bar->frameGeometry();
     if (BarPanel* flyout = m_flyouts ? m_flyouts->panel() : nullptr)
@@ -81,6 +95,7 @@ void BarVisibility::hide(bool manual)
     if (m_flyouts)
         m_flyouts->closeFlyout();
     m_state.hidden(manual);
+    updateTick();
     fadeTo(0.0, Visibility::fadeOutMs, [this] {
         // A show may have come in during the fade; then the bar stays as it is now.
         if (m_state.isShown() || !m_bar)
@@ -96,6 +111,7 @@ void BarVisibility::show()
     if (!m_bar)
         return;
     m_state.shown();
+    updateTick();
     m_bar->setShapeHidden(false);
     m_platform.panelWindows().setClickThrough(m_bar->winId(), false);
     m_bar->raise();
@@ -116,4 +132,5 @@ void BarVisibility::toggleAutoHide()
     m_preferences.setAutoHide(on);
     if (m_state.autoHideToggled(on) == Visibility::Action::Show)
         show();
+    updateTick();
 }

@@ -24,7 +24,7 @@ public:
 
     /// The bar to fade, the flyouts to close with it, and whether an editor is open (it keeps the bar).
     void attach(BarPanel* bar, FlyoutController* flyouts, std::function<bool()> editorOpen);
-    /// Starts the tick.
+    /// Starts the tick, when there is anything for it to do.
     void start();
 
     bool isShown() const { return m_state.isShown(); }
@@ -36,6 +36,8 @@ public:
 
 private:
     void tick();
+    /// Runs the tick while it can change something, and stops it otherwise.
+    void updateTick();
     void fadeTo(double opacity, int milliseconds, std::function<void()> done);
 
     Platform& m_platform;
@@ -47,4 +49,5 @@ private:
     QTimer m_timer;
     QVariantAnimation* m_fade = nullptr;
     double m_opacity = 1.0;
+    bool m_started = false;
 };

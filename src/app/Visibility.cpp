@@ -11,6 +11,19 @@ bool near(const QRect& rect, int margin, const QPoint& point)
 
 } // namespace
 
+bool Visibility::needsTicks(bool autoHide) const
+{
+    switch (m_state) {
+    case State::Shown:
+        return autoHide;
+    case State::HiddenAuto:
+        return true; // also with auto-hide off: that tick brings the bar back
+    case State::HiddenManual:
+        break;
+    }
+    return false;
+}
+
 Visibility::Action Visibility::tick(const Sample& sample)
 {
     switch (m_state) {

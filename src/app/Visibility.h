@@ -7,6 +7,11 @@
 /// Whether the bar shows, and auto-hide: a bar left alone for 1.5 s fades away when auto-hide is on,
 /// and comes back when the pointer rests on its place for 0.3 s. A bar hidden by hand stays hidden
 /// until it is shown by hand. Driven by a tick every 0.15 s; it keeps no clock of its own.
+///
+/// The tick only matters while it can change something: a shown bar with auto-hide on counts idle
+/// ticks, and a bar that auto-hid waits for the pointer on its place. A shown bar with auto-hide off
+/// and a bar hidden by hand ignore every tick, so the tick does not run then and an idle bar never
+/// wakes up.
 class Visibility
 {
 public:
@@ -45,6 +50,8 @@ public:
     State state() const { return m_state; }
     bool isShown() const { return m_state == State::Shown; }
 
+    /// Whether a tick could call for anything now; while it cannot, the caller need not tick at all.
+    bool needsTicks(bool autoHide) const;
     /// The transition this tick calls for; the caller carries it out with hidden() or shown().
     Action tick(const Sample& sample);
     /// The bar was hidden, by hand or by auto-hide.
