@@ -9,7 +9,10 @@ std::optional<ContextApp> fromEnvironment(const QString& value)
     const QStringList pieces = value.split(QLatin1Char('|'), Qt::SkipEmptyParts);
     if (pieces.size() != 2)
         return std::nullopt;
-    return ContextApp{pieces.at(0), pieces.at(1)};
+    ContextApp app;
+    app.id = pieces.at(0);
+    app.name = pieces.at(1);
+    return app;
 }
 
 QStringList names(const ContextApp& app)
