@@ -61,20 +61,19 @@ DropTarget local(const QPointF& point, const std::optional<QString>& excluding, 
             }
         }
     }
-    const QList<const ButtonSpec*> list = candidates(cfg, excluding);
-    if (allowGroups) {
-        for (const ButtonSpec* spec : list) {
-            const auto frame = frames.constFind(spec->title);
-            if (spec->isGroup() && frame != frames.constEnd() && contains(zone(*frame, stackInset), point))
-                return DropTarget::intoGroup(spec->title);
-        }
-    }
+    // One pass with no copies: it runs on every pointer movement of a drag, over every chip. The first
+    // stack whose zone holds the point wins; otherwise the chips whose middle lies left of the point
+    // count, and a chip without a frame (not shown) counts as lying right of every point.
     qsizetype before = 0;
-    for (const ButtonSpec* spec : list) {
-        const auto frame = frames.constFind(spec->title);
-        const double middle =
-            frame != frames.constEnd() ? frame->center().x() : std::numeric_limits<double>::infinity();
-        if (middle < point.x())
+    for (const ButtonSpec& spec : cfg.buttons) {
+        if (spec.title == excluding)
+            continue;
+        const auto frame = frames.constFind(spec.title);
+        if (frame == frames.constEnd())
+            continue;
+        if (allowGroups && spec.isGroup() && contains(zone(*frame, stackInset), point))
+            return DropTarget::intoGroup(spec.title);
+        if (frame->center().x() < point.x())
             ++before;
     }
     return DropTarget::insertAt(before);
