@@ -21,7 +21,7 @@ QString socketName(const QString& configDir);
 /// The socket of `configDir`'s bar, in `runtimeDir` (the value of XDG_RUNTIME_DIR) when that is an
 /// absolute path to a private folder, else in "vantril-UID" inside `tempDir`, which is made when missing.
 /// A folder is private when it is a real folder (no symlink), owned by this user and open to no one else
-/// (mode 0700, as the base-directory specification asks of the runtime folder). Empty when neither is usable:
+/// (mode 0700, as the XDG base-directory rules ask of the runtime folder). Empty when neither is usable:
 /// then no command can reach the bar. Quietly falls back, as GLib does: the fallback is as private as the
 /// runtime folder, so there is nothing to warn about.
 QString socketPath(const QString& configDir, const QString& runtimeDir, const QString& tempDir);
