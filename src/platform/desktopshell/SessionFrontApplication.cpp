@@ -33,10 +33,10 @@ void SessionFrontApplication::watch(std::function<void(const ContextApp&)> activ
 FrontApplicationSource SessionFrontApplication::source()
 {
     const QString live = m_reports.liveSource();
-    if (live == u"kwin" || m_kwin.isLoaded())
-        return FrontApplicationSource::KWinScript;
     if (live == u"gnome-shell")
         return FrontApplicationSource::GnomeShellExtension;
+    if (live == u"kwin" || m_kwin.isLoaded())
+        return FrontApplicationSource::KWinScript;
     // Not watching (the probe): what watching would find.
     if (!m_watching && m_waylandSession && !m_kwinScript.isEmpty() && KWinFrontScript::isOffered())
         return FrontApplicationSource::KWinScript;
