@@ -13,6 +13,10 @@ enum class FrontApplicationSource
     GnomeShellExtension, ///< the program's GNOME Shell extension, which sees every window
 };
 
+/// For the probe: which windows the application in front is known for, through what, and in a Wayland
+/// session without a desktop-shell source, what the user can do about it.
+QString describe(FrontApplicationSource source, bool waylandSession);
+
 /// The application the user works in. Only ordinary application windows count: not this program's own
 /// windows, not docks, panels, menus or notifications, and not the moment between two windows when
 /// nothing is active.
