@@ -3,8 +3,13 @@
 #include "config/BarConfig.h"
 #include "platform/DesktopEntryFile.h"
 #include "platform/Platform.h"
+#include "platform/desktopshell/KWinFrontScript.h"
+#include "platform/desktopshell/SessionFrontApplication.h"
+#include "platform/fake/FakePlatform.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -26,6 +31,45 @@ public Q_SLOTS:
     void ShowItems(const QStringList& uris, const QString&) { shown += uris; }
 };
 
+/// Stands in for KWin's scripting interface and the one script it loads (at /0, as KWin 5 exports it).
+class FakeKWin : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.kwin.Scripting")
+
+public:
+    QStringList calls;
+
+public Q_SLOTS:
+    int loadScript(const QString& path, const QString& plugin)
+    {
+        calls += QStringLiteral("loadScript %1 %2").arg(path, plugin);
+        return 0;
+    }
+    bool unloadScript(const QString& plugin)
+    {
+        calls += QStringLiteral("unloadScript ") + plugin;
+        return true;
+    }
+};
+
+class FakeKWinScript : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.kwin.Script")
+
+public:
+    explicit FakeKWinScript(FakeKWin& kwin)
+        : m_kwin(kwin)
+    {}
+
+public Q_SLOTS:
+    void run() { m_kwin.calls += QStringLiteral("run"); }
+
+private:
+    FakeKWin& m_kwin;
+};
+
 /// Launching through hand-made desktop entries and MIME defaults in the temporary XDG folders of the
 /// test session; every entry runs a script that records how it was started.
 class TestDesktopLaunch : public QObject
@@ -41,6 +85,9 @@ private Q_SLOTS:
     void newFoldersAreNumberedAndRevealed();
     void launchAtLoginEntryStartsTheProgramWhereverItIs_data();
     void launchAtLoginEntryStartsTheProgramWhereverItIs();
+    void desktopShellReportsNameTheFrontApplication_data();
+    void desktopShellReportsNameTheFrontApplication();
+    void desktopShellReportsRuleWhileTheyCome();
 
 private:
     void writeEntry(const QString& id, const QString& name, const QString& tag, const QString& extra = {});
@@ -247,6 +294,154 @@ void TestDesktopLaunch::launchAtLoginEntryStartsTheProgramWhereverItIs()
         return;
     QVERIFY(m_platform->launcher().launchApplication(entry, {}));
     QTRY_COMPARE_WITH_TIMEOUT(recorded(), QStringList{QStringLiteral("started with 0")}, 10000);
+}
+
+namespace {
+
+/// Calls the bar's object as KWin's script or the GNOME Shell extension does, from `connection`.
+void report(const QString& connection, const QString& method, const QStringList& arguments)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("io.github.vantril.Vantril"), QStringLiteral("/FrontApplication"),
+        QStringLiteral("io.github.vantril.FrontApplication"), method);
+    for (const QString& argument : arguments)
+        call << argument;
+    QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection).asyncCall(call);
+}
+
+ContextApp named(const QString& windowClass)
+{
+    ContextApp app;
+    app.id = app.name = app.windowClass = windowClass;
+    return app;
+}
+
+} // namespace
+
+void TestDesktopLaunch::desktopShellReportsNameTheFrontApplication_data()
+{
+    // source, app id, window class, instance, pid: what KWin's script or the extension sends.
+    QTest::addColumn<QStringList>("sent");
+    QTest::addColumn<QString>("id"); // of the application adopted; empty when none is
+    QTest::addColumn<QString>("set");
+
+    const QString kwin = QStringLiteral("kwin");
+    const QString shell = QStringLiteral("gnome-shell");
+    const QString recorder = QStringLiteral("org.example.Recorder");
+    QTest::newRow("KWin, a native window by its desktop file")
+        << QStringList{kwin, recorder, QStringLiteral("org.example.recorder"), QString(), QStringLiteral("0")}
+        << recorder << recorder;
+    // KWin sends the class in lower case.
+    QTest::newRow("KWin, an X11 window by its class")
+        << QStringList{kwin, QString(), QStringLiteral("mytool"), QStringLiteral("vantril-test-tool"),
+                       QStringLiteral("0")}
+        << QStringLiteral("mytool") << QStringLiteral("MyTool");
+    QTest::newRow("GNOME Shell, the desktop file with its suffix")
+        << QStringList{shell, recorder + QStringLiteral(".desktop"), recorder, QString(), QStringLiteral("0")}
+        << recorder << recorder;
+    QTest::newRow("GNOME Shell, a window no desktop file is found for")
+        << QStringList{shell, QString(), QStringLiteral("MyTool"), QString(), QStringLiteral("not a pid")}
+        << QStringLiteral("MyTool") << QStringLiteral("MyTool");
+    QTest::newRow("the bar's own window")
+        << QStringList{kwin, QString(), QStringLiteral("vantril"), QStringLiteral("vantril"),
+                       QString::number(QCoreApplication::applicationPid())}
+        << QString() << QString();
+    QTest::newRow("a window that names nothing")
+        << QStringList{shell, QString(), QString(), QString(), QStringLiteral("0")} << QString() << QString();
+    QTest::newRow("a sender that is no desktop shell")
+        << QStringList{QStringLiteral("xdotool"), recorder, recorder, QString(), QStringLiteral("0")}
+        << QString() << QString();
+}
+
+void TestDesktopLaunch::desktopShellReportsNameTheFrontApplication()
+{
+    QFETCH(QStringList, sent);
+    QFETCH(QString, id);
+    QFETCH(QString, set);
+    FakePlatform x11;
+    SessionFrontApplication front(x11.frontApplication(), false, QString());
+    QList<ContextApp> adopted;
+    front.watch([&adopted](const ContextApp& app) { adopted += app; });
+
+    report(QStringLiteral("shell"), QStringLiteral("WindowActivated"), sent);
+    // A report that is sure to count, so that the one before it has been handled once this one is.
+    report(
+        QStringLiteral("shell"), QStringLiteral("WindowActivated"),
+        {QStringLiteral("gnome-shell"), QString(), QStringLiteral("Last"), QString(), QStringLiteral("0")});
+    QTRY_VERIFY_WITH_TIMEOUT(!adopted.isEmpty() && adopted.last().id == u"Last", 10000);
+    QCOMPARE(adopted.size(), id.isEmpty() ? 1 : 2);
+    if (id.isEmpty())
+        return;
+    QCOMPARE(adopted.first().id, id);
+    // The set is chosen as for an X11 window.
+    BarConfig cfg;
+    cfg.appSets = QList<AppSet>{{QStringLiteral("MyTool"), QStringLiteral("Tool"), {}},
+                                {QStringLiteral("org.example.Recorder"), QStringLiteral("Recorder"), {}}};
+    const auto index = AppContext::setFor(cfg, adopted.first());
+    QVERIFY(index);
+    QCOMPARE(cfg.appSets->at(*index).app, set);
+}
+
+void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
+{
+    FakeKWin kwin;
+    FakeKWinScript script(kwin);
+    {
+        QDBusConnection bus =
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("kwin"));
+        QVERIFY(bus.registerObject(QStringLiteral("/Scripting"), &kwin, QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerObject(QStringLiteral("/0"), &script, QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService(QStringLiteral("org.kde.KWin")));
+    }
+    const QString path = KWinFrontScript::installedPath();
+    QVERIFY2(path.endsWith(QStringLiteral("/share/vantril/kwin/front-application.js")), qPrintable(path));
+    FakePlatform x11;
+    x11.front = named(QStringLiteral("X11App"));
+    auto front = std::make_unique<SessionFrontApplication>(x11.frontApplication(), true, path);
+    QCOMPARE(front->source(), FrontApplicationSource::KWinScript);
+    QList<ContextApp> adopted;
+    front->watch([&adopted](const ContextApp& app) { adopted += app; });
+    const QString plugin = QStringLiteral("vantril-front-application");
+    QTRY_COMPARE_WITH_TIMEOUT(
+        kwin.calls,
+        (QStringList{QStringLiteral("unloadScript ") + plugin,
+                     QStringLiteral("loadScript %1 %2").arg(path, plugin), QStringLiteral("run")}),
+        10000);
+
+    // Until the first report, X11 windows are followed.
+    x11.activated(named(QStringLiteral("X11Before")));
+    QCOMPARE(adopted.size(), 1);
+    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("X11App"));
+
+    // GNOME Shell reports; meanwhile X11 is not heard; it is again once GNOME Shell leaves the bus.
+    const auto reportFrom = [](const QString& connection, const QString& source, const QString& windowClass) {
+        report(connection, QStringLiteral("WindowActivated"),
+               {source, QString(), windowClass, QString(), QStringLiteral("0")});
+    };
+    reportFrom(QStringLiteral("shell"), QStringLiteral("gnome-shell"), QStringLiteral("Native"));
+    QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 2, 10000);
+    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("Native"));
+    QCOMPARE(front->source(), FrontApplicationSource::GnomeShellExtension);
+    x11.activated(named(QStringLiteral("X11Muted")));
+    QCOMPARE(adopted.size(), 2);
+    QDBusConnection::disconnectFromBus(QStringLiteral("shell"));
+    QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 3, 10000);
+    QCOMPARE(adopted.last().id, QStringLiteral("X11App"));
+    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("X11App"));
+
+    // KWin's script the same way, until it says it stops.
+    reportFrom(QStringLiteral("kwin"), QStringLiteral("kwin"), QStringLiteral("Konsole"));
+    QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 4, 10000);
+    QCOMPARE(front->source(), FrontApplicationSource::KWinScript);
+    report(QStringLiteral("kwin"), QStringLiteral("ReportsEnded"), {QStringLiteral("kwin")});
+    QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 5, 10000);
+    QCOMPARE(adopted.last().id, QStringLiteral("X11App"));
+
+    // A bar that quits takes its script out of KWin.
+    front.reset();
+    QTRY_COMPARE_WITH_TIMEOUT(kwin.calls.size(), 4, 10000);
+    QCOMPARE(kwin.calls.last(), QStringLiteral("unloadScript ") + plugin);
+    QDBusConnection::disconnectFromBus(QStringLiteral("kwin"));
 }
 
 QTEST_MAIN(TestDesktopLaunch)

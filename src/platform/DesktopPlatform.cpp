@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/desktopshell/SessionFrontApplication.h"
 #include "platform/freedesktop/DesktopFileManager.h"
 #include "platform/freedesktop/DesktopLauncher.h"
 #include "platform/freedesktop/QtClipboard.h"
@@ -13,6 +14,13 @@
 #include <QApplication>
 
 namespace {
+
+/// Only where KWin is asked to load a script: the X11 side sees every window of an X11 session.
+bool isWaylandSession()
+{
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           qEnvironmentVariable("XDG_SESSION_TYPE") == u"wayland";
+}
 
 class QtBeeper final : public Beeper
 {
@@ -51,7 +59,9 @@ private:
     X11PanelWindows m_panelWindows;
     QtScreens m_screens;
     XInputClickMonitor m_clickMonitor;
-    X11FrontApplication m_frontApplication;
+    X11FrontApplication m_x11FrontApplication;
+    SessionFrontApplication m_frontApplication{m_x11FrontApplication, isWaylandSession(),
+                                               KWinFrontScript::installedPath()};
     X11HotkeyGrabber m_hotkey;
     XdgAutostart m_autostart;
 };

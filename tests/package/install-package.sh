@@ -19,6 +19,9 @@ expected_files=(
     share/metainfo/io.github.vantril.Vantril.metainfo.xml
     share/man/man1/vantril.1
     share/icons/hicolor/scalable/apps/vantril.svg
+    share/vantril/kwin/front-application.js
+    share/gnome-shell/extensions/vantril@vantril.github.io/metadata.json
+    share/gnome-shell/extensions/vantril@vantril.github.io/extension.js
 )
 for size in 16 22 24 32 48 64 128 256; do
     expected_files+=("share/icons/hicolor/${size}x${size}/apps/vantril.png")

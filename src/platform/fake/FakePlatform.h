@@ -110,6 +110,7 @@ private:
     bool isAvailable() override { return true; }
     std::optional<ContextApp> current() override { return front; }
     void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
+    FrontApplicationSource source() override { return FrontApplicationSource::X11Windows; }
     bool grab(const KeyCombo& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override { hotkeyHandler = std::move(pressed); }

@@ -1,13 +1,11 @@
 #include "X11FrontApplication.h"
 
-#include "platform/freedesktop/DesktopEntries.h"
+#include "platform/freedesktop/ApplicationOfWindow.h"
 #include "platform/x11/XcbHandles.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QHash>
-#include <QSet>
 #include <QTimer>
 #include <QWindow>
 #include <unistd.h>
@@ -80,37 +78,6 @@ bool isOwnWindow(xcb_window_t window)
     return false;
 }
 
-/// Terminals whose desktop entry may be missing or uncategorised.
-bool isTerminalClass(const QString& windowClass)
-{
-    static const QSet<QString> classes = {
-        QStringLiteral("xterm"),
-        QStringLiteral("uxterm"),
-        QStringLiteral("urxvt"),
-        QStringLiteral("rxvt"),
-        QStringLiteral("gnome-terminal"),
-        QStringLiteral("gnome-terminal-server"),
-        QStringLiteral("konsole"),
-        QStringLiteral("alacritty"),
-        QStringLiteral("kitty"),
-        QStringLiteral("xfce4-terminal"),
-        QStringLiteral("terminator"),
-        QStringLiteral("tilix"),
-        QStringLiteral("st-256color"),
-        QStringLiteral("foot"),
-        QStringLiteral("org.wezfurlong.wezterm"),
-        QStringLiteral("lxterminal"),
-        QStringLiteral("mate-terminal"),
-        QStringLiteral("qterminal"),
-        QStringLiteral("sakura"),
-        QStringLiteral("guake"),
-        QStringLiteral("terminology"),
-        QStringLiteral("kgx"),
-        QStringLiteral("ptyxis"),
-    };
-    return classes.contains(windowClass.toLower());
-}
-
 std::optional<ContextApp> applicationOf(xcb_connection_t* connection, xcb_window_t window)
 {
     if (window == XCB_WINDOW_NONE || isOwnWindow(window) || !isApplicationWindow(connection, window))
@@ -119,34 +86,15 @@ std::optional<ContextApp> applicationOf(xcb_connection_t* connection, xcb_window
     if (!pid.isEmpty() && pid.first() == static_cast<uint32_t>(::getpid()))
         return std::nullopt;
 
-    QString namedId = text(connection, window, "_GTK_APPLICATION_ID");
-    if (namedId.isEmpty())
-        namedId = text(connection, window, "_KDE_NET_WM_DESKTOP_FILE");
+    WindowNames names;
+    names.ownId = text(connection, window, "_GTK_APPLICATION_ID");
+    if (names.ownId.isEmpty())
+        names.ownId = text(connection, window, "_KDE_NET_WM_DESKTOP_FILE");
     const QList<QByteArray> wmClass = bytes(connection, window, XCB_ATOM_WM_CLASS).split('\0');
-    const QString instance = wmClass.size() > 0 ? QString::fromUtf8(wmClass.at(0)) : QString();
-    const QString windowClass = wmClass.size() > 1 ? QString::fromUtf8(wmClass.at(1)) : QString();
-    const QString executable =
-        pid.isEmpty() ? QString()
-                      : QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid.first())).symLinkTarget();
-    const QString executableName = QFileInfo(executable).fileName();
-
-    ContextApp app;
-    app.ownId = namedId;
-    app.windowClass = windowClass;
-    app.instance = instance;
-    app.isTerminal = isTerminalClass(windowClass);
-    if (const auto entry = DesktopEntries::entryForWindow(namedId, instance, windowClass, executableName)) {
-        app.id = entry->id;
-        app.name = entry->name;
-        app.desktopEntry = entry->id;
-        app.isTerminal = app.isTerminal || entry->isTerminal;
-        return app;
-    }
-    app.id = !namedId.isEmpty() ? namedId : !windowClass.isEmpty() ? windowClass : executableName;
-    if (app.id.isEmpty())
-        return std::nullopt;
-    app.name = windowClass.isEmpty() ? app.id : windowClass;
-    return app;
+    names.instance = wmClass.size() > 0 ? QString::fromUtf8(wmClass.at(0)) : QString();
+    names.windowClass = wmClass.size() > 1 ? QString::fromUtf8(wmClass.at(1)) : QString();
+    names.pid = pid.isEmpty() ? 0 : pid.first();
+    return applicationOfWindow(names);
 }
 
 } // namespace

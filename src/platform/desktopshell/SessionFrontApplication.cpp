@@ -1,0 +1,63 @@
+#include "SessionFrontApplication.h"
+
+#include "platform/desktopshell/GnomeShellExtension.h"
+
+SessionFrontApplication::SessionFrontApplication(FrontApplication& windows, bool waylandSession,
+                                                 QString kwinScript)
+    : m_windows(windows)
+    , m_waylandSession(waylandSession)
+    , m_kwinScript(std::move(kwinScript))
+    , m_reports([this](const WindowNames& window) { reported(window); }, [this] { reportsEnded(); })
+{}
+
+std::optional<ContextApp> SessionFrontApplication::current()
+{
+    return m_reports.liveSource().isEmpty() ? m_windows.current() : m_reported;
+}
+
+void SessionFrontApplication::watch(std::function<void(const ContextApp&)> activated)
+{
+    m_activated = std::move(activated);
+    m_windows.watch([this](const ContextApp& app) {
+        if (m_reports.liveSource().isEmpty() && m_activated)
+            m_activated(app);
+    });
+    if (m_watching)
+        return;
+    m_watching = true;
+    // Only the bar that answers to the name may load the script: the script reports to that name.
+    if (m_reports.start() && m_waylandSession && !m_kwinScript.isEmpty() && KWinFrontScript::isOffered())
+        m_kwin.load(m_kwinScript);
+}
+
+FrontApplicationSource SessionFrontApplication::source()
+{
+    const QString live = m_reports.liveSource();
+    if (live == u"gnome-shell")
+        return FrontApplicationSource::GnomeShellExtension;
+    if (live == u"kwin" || m_kwin.isLoaded())
+        return FrontApplicationSource::KWinScript;
+    // Not watching (the probe): what watching would find.
+    if (!m_watching && m_waylandSession && !m_kwinScript.isEmpty() && KWinFrontScript::isOffered())
+        return FrontApplicationSource::KWinScript;
+    if (GnomeShellExtension::isActive())
+        return FrontApplicationSource::GnomeShellExtension;
+    return FrontApplicationSource::X11Windows;
+}
+
+void SessionFrontApplication::reported(const WindowNames& window)
+{
+    const auto app = applicationOfWindow(window);
+    if (!app)
+        return;
+    m_reported = app;
+    if (m_activated)
+        m_activated(*app);
+}
+
+void SessionFrontApplication::reportsEnded()
+{
+    m_reported.reset();
+    if (const auto app = m_windows.current(); app && m_activated)
+        m_activated(*app);
+}
