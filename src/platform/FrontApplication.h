@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/AppContext.h"
+#include "platform/FacilityReach.h"
 
 #include <functional>
 #include <optional>
@@ -20,4 +21,6 @@ public:
     virtual std::optional<ContextApp> current() = 0;
     /// Starts reporting every activation of an application that counts.
     virtual void watch(std::function<void(const ContextApp&)> activated) = 0;
+    /// Which windows are followed.
+    virtual FacilityReach reach() = 0;
 };

@@ -17,6 +17,7 @@ public:
 
     std::optional<ContextApp> current() override;
     void watch(std::function<void(const ContextApp&)> activated) override;
+    FacilityReach reach() override;
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
