@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Runs the window-manager matrix: the end-to-end checks of tests/x11/desktop-scenarios.txt under each
 # window manager, each suite in a session of its own, then prints a table of window manager by check.
-# Usage: scripts/test-desktops.sh [WM...]   (default: all of them; names as with-x-session.sh takes them)
+# Usage: scripts/test-desktops.sh [WM...]   (default: all of them; names as with-x-session.sh takes them,
+# and mutter-wayland or weston-wayland for a headless Wayland session of tests/wayland/with-wayland-session.sh)
 # Expects a build in ./build (make test-desktops builds it first). Exits 1 when a check failed.
 set -u
 cd "$(dirname "$0")/.."
 
 managers=("$@")
-[ ${#managers[@]} -eq 0 ] && managers=(openbox mutter kwin xfwm4 xfwm4-composite marco metacity fluxbox icewm i3)
+[ ${#managers[@]} -eq 0 ] && managers=(openbox mutter kwin xfwm4 xfwm4-composite marco metacity fluxbox icewm i3 mutter-wayland)
 scenarios_file=tests/x11/desktop-scenarios.txt
 results=$(realpath -m "${VANTRIL_DESKTOP_RESULTS:-build/desktop-results}")
 rm -rf "$results"
@@ -32,7 +33,12 @@ for wm in "${managers[@]}"; do
             [ "${suite_of[$scenario]}" = "$suite" ] && functions+=(${functions_of[$scenario]})
         done
         echo "== $wm: $suite ${functions[*]}" >&2
-        VANTRIL_TEST_WM=$wm timeout 900 tests/x11/with-x-session.sh "build/tests/$suite" "${functions[@]}" \
+        case "$wm" in
+        # A Wayland session: the compositor, with XWayland, is the window manager.
+        *-wayland) session=(env VANTRIL_TEST_COMPOSITOR="${wm%-wayland}" tests/wayland/with-wayland-session.sh) ;;
+        *) session=(env VANTRIL_TEST_WM="$wm" tests/x11/with-x-session.sh) ;;
+        esac
+        timeout 900 "${session[@]}" "build/tests/$suite" "${functions[@]}" \
             -o "$results/$wm.$suite.txt,txt" >"$results/$wm.$suite.log" 2>&1
     done
     echo "$(($(date +%s) - wm_started))" >"$results/$wm.seconds"

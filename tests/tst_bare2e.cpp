@@ -85,6 +85,7 @@ private Q_SLOTS:
     void defaultPlaceIsBottomCentre();
     void topPlaceIsBelowTheTopEdge();
     void windowTellsTheWindowManagerItIsADock();
+    void startUpAndProbeTellHowFarFacilitiesReach();
     void clickLeavesTheActiveWindowAlone();
     void keysAndPasteChipsTypeIntoTheFrontWindow();
     void stackOpensAboveItsChipAndCloses();
@@ -196,6 +197,81 @@ void TestBarEndToEnd::windowTellsTheWindowManagerItIsADock()
     QVERIFY2(waitFor([&] { return isViewable(*bar) && frameOf(*bar) == frame; }),
              qPrintable(describe(frameOf(*bar))));
     QVERIFY(switchWorkspace(0));
+}
+
+void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
+{
+    // tests/wayland/with-wayland-session.sh runs XWayland under a compositor: mutter as GNOME's session
+    // has it, or weston, which names no desktop. Every other session is an X11 one.
+    const QString compositor = qEnvironmentVariable("VANTRIL_TEST_COMPOSITOR");
+    const bool wayland = !compositor.isEmpty();
+    const QString underXWayland = QStringLiteral(
+        "instead start the application under XWayland (GDK_BACKEND=x11 for GTK, QT_QPA_PLATFORM=xcb for Qt)");
+    const QString shortcutSettings =
+        compositor == QLatin1String("mutter")
+            ? QStringLiteral(
+                  "GNOME's Settings › Keyboard › Keyboard Shortcuts › View and Customize Shortcuts › "
+                  "Custom Shortcuts")
+            : QStringLiteral("the desktop's keyboard settings");
+    const QString setsInstead =
+        compositor == QLatin1String("mutter")
+            ? QStringLiteral("instead run \"gnome-extensions enable vantril@vantril.github.io\" and log in "
+                             "again, or start the application under XWayland (GDK_BACKEND=x11 for GTK, "
+                             "QT_QPA_PLATFORM=xcb for Qt)")
+            : underXWayland;
+    const QString whatWorks = QStringLiteral("In this Wayland session ");
+    const QStringList startUp =
+        wayland ? QStringList{whatWorks +
+                                  QStringLiteral("the hot key works in X11 windows only; instead bind "
+                                                 "`vantril --toggle` in ") +
+                                  shortcutSettings,
+                              whatWorks + QStringLiteral("key and paste chips work in X11 windows only; ") +
+                                  underXWayland,
+                              whatWorks +
+                                  QStringLiteral("closing a stack by a click elsewhere and auto-hide work "
+                                                 "in X11 windows only; instead close a stack by clicking "
+                                                 "its chip again"),
+                              whatWorks + QStringLiteral("application sets work in X11 windows only; ") +
+                                  setsInstead}
+                : QStringList{};
+    const QString desktop = compositor == QLatin1String("mutter") ? QStringLiteral(" (GNOME)") : QString();
+    const QStringList reportLines =
+        wayland
+            ? QStringList{QStringLiteral("hot key grab: yes (X11 windows only)"),
+                          QStringLiteral("session: Wayland%1, through XWayland").arg(desktop),
+                          QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in ") +
+                              shortcutSettings,
+                          QStringLiteral("key and paste chips: X11 windows only; ") + underXWayland,
+                          QStringLiteral("click elsewhere and auto-hide: X11 windows only; instead close a "
+                                         "stack by clicking its chip again"),
+                          QStringLiteral("application sets: X11 windows only; ") + setsInstead}
+            : QStringList{QStringLiteral("hot key grab: yes"),
+                          QStringLiteral("session: X11"),
+                          QStringLiteral("hot key: all windows"),
+                          QStringLiteral("key and paste chips: all windows"),
+                          QStringLiteral("click elsewhere and auto-hide: all windows"),
+                          QStringLiteral("application sets: all windows")};
+
+    RunningBar vantril(*m_home);
+    const auto said = [&] {
+        return vantril.log().split(QLatin1Char('\n')).filter(QRegularExpression(QStringLiteral("^In this ")));
+    };
+    // Said while starting, before the bar is mapped. (Weston lists no client windows to find it by.)
+    if (startUp.isEmpty())
+        QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    else
+        QVERIFY2(waitFor([&] { return said().size() >= startUp.size(); }), qPrintable(vantril.log()));
+    QCOMPARE(said(), startUp);
+
+    QProcess probe;
+    QProcessEnvironment variables = m_home->environment();
+    variables.insert(QStringLiteral("TMPDIR"), m_home->path(QString()));
+    probe.setProcessEnvironment(variables);
+    probe.start(QStringLiteral(VANTRIL_BINARY), {QStringLiteral("--probe")});
+    QVERIFY(probe.waitForFinished(60000));
+    const QStringList report = QString::fromUtf8(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
+    for (const QString& line : reportLines)
+        QVERIFY2(report.contains(line), qPrintable(report.join(QLatin1Char('\n'))));
 }
 
 void TestBarEndToEnd::clickLeavesTheActiveWindowAlone()

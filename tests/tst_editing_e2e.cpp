@@ -40,11 +40,13 @@ QStringList stepsBetween(const QPoint& from, const QPoint& to, int steps)
     return arguments;
 }
 
-/// One pixel of the screen as the X server has it.
-QColor pixelAt(const QPoint& global)
+/// One pixel of `window` at a point of the screen, as the X server has it. From the window itself: a
+/// rootless XWayland's root window holds none of what is shown.
+QColor pixelAt(quintptr window, const QPoint& global)
 {
+    const QPoint local = global - frameOf(window).topLeft();
     const QImage image =
-        QGuiApplication::primaryScreen()->grabWindow(0, global.x(), global.y(), 1, 1).toImage();
+        QGuiApplication::primaryScreen()->grabWindow(window, local.x(), local.y(), 1, 1).toImage();
     return image.isNull() ? QColor() : image.pixelColor(0, 0);
 }
 
@@ -529,8 +531,9 @@ void TestEditingEndToEnd::filesDroppedBetweenChipsLandInReverseOrder()
     const QByteArray before = saved();
     const QPoint target = gapAfter(layout, QStringLiteral("A"));
     const QPoint marker(target.x(), barFrame().y() + 10);
-    QVERIFY(!isWhite(pixelAt(marker))); // so that white there shows the drag
-    QVERIFY(dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(marker)); }));
+    QVERIFY(!isWhite(pixelAt(m_vantril->bar(), marker))); // so that white there shows the drag
+    QVERIFY(
+        dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(m_vantril->bar(), marker)); }));
     QVERIFY2(waitForSave(before), "the drop changed nothing");
 
     const QByteArray after = saved();
@@ -559,8 +562,9 @@ void TestEditingEndToEnd::linkDropsBecomeNumberedUrlButtons()
     QByteArray before = saved();
     QPoint target = gapAfter(layout, QStringLiteral("A"));
     QPoint marker(target.x(), barFrame().y() + 10);
-    QVERIFY(!isWhite(pixelAt(marker)));
-    QVERIFY(dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(marker)); }));
+    QVERIFY(!isWhite(pixelAt(m_vantril->bar(), marker)));
+    QVERIFY(
+        dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(m_vantril->bar(), marker)); }));
     QVERIFY2(waitForSave(before), "the first drop changed nothing");
     QByteArray after = saved();
     QCOMPARE(topTitles(after),
@@ -575,8 +579,9 @@ void TestEditingEndToEnd::linkDropsBecomeNumberedUrlButtons()
     before = after;
     target = gapAfter(layout, QStringLiteral("B"));
     marker = QPoint(target.x(), barFrame().y() + 10);
-    QVERIFY(!isWhite(pixelAt(marker)));
-    QVERIFY(dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(marker)); }));
+    QVERIFY(!isWhite(pixelAt(m_vantril->bar(), marker)));
+    QVERIFY(
+        dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(m_vantril->bar(), marker)); }));
     QVERIFY2(waitForSave(before), "the second drop changed nothing");
     after = saved();
     QCOMPARE(topTitles(after), (QStringList{QStringLiteral("A"), QStringLiteral("example.org"),
@@ -624,9 +629,9 @@ void TestEditingEndToEnd::fileDroppedOnAppChipOpensWithIt()
     const QRectF chip = layout.chips.value(QStringLiteral("Recorder"));
     // The chip's highlight: a white ring just inside its edge.
     const QPoint ring = barFrame().topLeft() + QPoint(qRound(chip.left()) + 1, qRound(chip.center().y()));
-    QVERIFY(!isWhite(pixelAt(ring))); // so that white there shows the drag
+    QVERIFY(!isWhite(pixelAt(m_vantril->bar(), ring))); // so that white there shows the drag
     QVERIFY(dropFromSource(source, *window, chipCentre(layout, QStringLiteral("Recorder")),
-                           [&] { return isWhite(pixelAt(ring)); }));
+                           [&] { return isWhite(pixelAt(m_vantril->bar(), ring)); }));
     QVERIFY2(waitFor([&] { return readAll(record).contains((dropped + QLatin1Char('\n')).toUtf8()); }),
              readAll(record).constData());
     QCOMPARE(readAll(record), (dropped + QLatin1Char('\n')).toUtf8());
@@ -657,7 +662,8 @@ void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
     const QByteArray before = saved();
     const QPoint target = gapAfter(layout, QStringLiteral("A"));
     const QPoint marker(target.x(), barFrame().y() + 10);
-    QVERIFY(dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(marker)); }));
+    QVERIFY(
+        dropFromSource(source, *window, target, [&] { return isWhite(pixelAt(m_vantril->bar(), marker)); }));
     // Reading the FIFO would have held the program up before it saved.
     QVERIFY2(waitForSave(before), "the drop changed nothing");
     const QByteArray after = saved();

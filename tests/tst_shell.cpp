@@ -3,7 +3,9 @@
 #include "app/MenuModel.h"
 #include "app/UpdateVerdict.h"
 #include "app/Visibility.h"
+#include "diagnostics/SessionReport.h"
 #include "platform/DesktopEntryFile.h"
+#include "platform/Session.h"
 #include "platform/fake/FakePlatform.h"
 
 #include <QTest>
@@ -19,6 +21,8 @@ private Q_SLOTS:
     void manualHideIgnoresThePointer();
     void menuItemsFollowTheState();
     void hotKeyHeldElsewhereIsReportedOncePerText();
+    void sessionAndReachAreToldAsTheyAre_data();
+    void sessionAndReachAreToldAsTheyAre();
     void updateVerdictsShowOnlyWhatIsSafe_data();
     void updateVerdictsShowOnlyWhatIsSafe();
     void autostartEntryFollowsTheInstalledOne_data();
@@ -210,6 +214,105 @@ void TestShell::hotKeyHeldElsewhereIsReportedOncePerText()
     platform.grabRefused = false;
     hotkey.update(QStringLiteral("ctrl+alt+j"));
     QCOMPARE(log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts).size(), 2);
+}
+
+void TestShell::sessionAndReachAreToldAsTheyAre_data()
+{
+    QTest::addColumn<QString>("environment"); // NAME=value|…
+    QTest::addColumn<int>("scope");           // what every backend says of itself
+    QTest::addColumn<QString>("detail");
+    QTest::addColumn<QString>("session");
+    QTest::addColumn<QString>("hotkeyLine"); // in the probe
+    QTest::addColumn<int>("startupLines");
+    QTest::addColumn<QString>("hotkeyStartupLine");
+    const int x11 = int(FacilityReach::Scope::X11);
+    const int unavailable = int(FacilityReach::Scope::Unavailable);
+    const QString gnomeKeys = QStringLiteral(
+        "bind `vantril --toggle` in GNOME's Settings › Keyboard › Keyboard Shortcuts › View and Customize "
+        "Shortcuts › Custom Shortcuts");
+    QTest::newRow("GNOME on Wayland")
+        << QStringLiteral(
+               "XDG_SESSION_TYPE=wayland|WAYLAND_DISPLAY=wayland-0|DISPLAY=:0|XDG_CURRENT_DESKTOP=GNOME")
+        << x11 << QString() << QStringLiteral("Wayland (GNOME)")
+        << QStringLiteral("hot key: X11 windows only; instead ") + gnomeKeys << 4
+        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead ") +
+               gnomeKeys;
+    QTest::newRow("Plasma known only from its display")
+        << QStringLiteral("WAYLAND_DISPLAY=wayland-1|DISPLAY=:1|XDG_CURRENT_DESKTOP=KDE") << x11 << QString()
+        << QStringLiteral("Wayland (KDE Plasma)")
+        << QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in Plasma's System "
+                          "Settings › Shortcuts › Add Command…")
+        << 4
+        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead bind "
+                          "`vantril --toggle` in Plasma's System Settings › Shortcuts › Add Command…");
+    QTest::newRow("declared in odd case, desktop after a vendor's")
+        << QStringLiteral("XDG_SESSION_TYPE= Wayland |XDG_CURRENT_DESKTOP=ubuntu:GNOME") << x11 << QString()
+        << QStringLiteral("Wayland (GNOME)")
+        << QStringLiteral("hot key: X11 windows only; instead ") + gnomeKeys << 4
+        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead ") +
+               gnomeKeys;
+    QTest::newRow("a desktop without known settings")
+        << QStringLiteral("WAYLAND_DISPLAY=wayland-1|XDG_CURRENT_DESKTOP=sway") << x11 << QString()
+        << QStringLiteral("Wayland (sway)")
+        << QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in the desktop's "
+                          "keyboard settings")
+        << 4
+        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead bind "
+                          "`vantril --toggle` in the desktop's keyboard settings");
+    QTest::newRow("no XTest under Wayland")
+        << QStringLiteral("WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=GNOME") << unavailable
+        << QStringLiteral("no XTest on this display") << QStringLiteral("Wayland (GNOME)")
+        << QStringLiteral("hot key: not available (no XTest on this display); instead ") + gnomeKeys << 4
+        << QStringLiteral("In this Wayland session the hot key is not available (no XTest on this display); "
+                          "instead ") +
+               gnomeKeys;
+    QTest::newRow("through a portal")
+        << QStringLiteral("WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=KDE")
+        << int(FacilityReach::Scope::Portal) << QStringLiteral("Ctrl+Alt+B")
+        << QStringLiteral("Wayland (KDE Plasma)") << QStringLiteral("hot key: through a portal (Ctrl+Alt+B)")
+        << 0 << QString();
+    QTest::newRow("Xfce on X11") << QStringLiteral("XDG_SESSION_TYPE=x11|DISPLAY=:0|XDG_CURRENT_DESKTOP=XFCE")
+                                 << x11 << QString() << QStringLiteral("X11 (Xfce)")
+                                 << QStringLiteral("hot key: all windows") << 0 << QString();
+    QTest::newRow("an empty Wayland display is none")
+        << QStringLiteral("WAYLAND_DISPLAY=|DISPLAY=:1|XDG_CURRENT_DESKTOP=X-Cinnamon") << x11 << QString()
+        << QStringLiteral("X11 (Cinnamon)") << QStringLiteral("hot key: all windows") << 0 << QString();
+    QTest::newRow("a text console forwarding X")
+        << QStringLiteral("XDG_SESSION_TYPE=tty|DISPLAY=localhost:10.0|XDG_CURRENT_DESKTOP=mate") << x11
+        << QString() << QStringLiteral("X11 (MATE)") << QStringLiteral("hot key: all windows") << 0
+        << QString();
+    QTest::newRow("no display at all")
+        << QStringLiteral("") << unavailable << QStringLiteral("no X display") << QStringLiteral("unknown")
+        << QStringLiteral("hot key: not available (no X display)") << 0 << QString();
+    QTest::newRow("names that would break a line are left out")
+        << QStringLiteral("DISPLAY=:0|XDG_CURRENT_DESKTOP=evil\nname:rm -rf;:") +
+               QString(40, QLatin1Char('x'))
+        << x11 << QString() << QStringLiteral("X11") << QStringLiteral("hot key: all windows") << 0
+        << QString();
+}
+
+void TestShell::sessionAndReachAreToldAsTheyAre()
+{
+    QFETCH(QString, environment);
+    QFETCH(int, scope);
+    QFETCH(QString, detail);
+    QFETCH(QString, session);
+    QFETCH(QString, hotkeyLine);
+    QFETCH(int, startupLines);
+    QFETCH(QString, hotkeyStartupLine);
+    QProcessEnvironment variables;
+    for (const QString& variable : environment.split(QLatin1Char('|'), Qt::SkipEmptyParts))
+        variables.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    const Session detected = Session::detect(variables);
+    QCOMPARE(detected.describe(), session);
+
+    FakePlatform platform;
+    platform.facilityReach = {FacilityReach::Scope(scope), detail};
+    const QList<SessionReport::Entry> entries = SessionReport::gather(platform);
+    QCOMPARE(SessionReport::probeLine(entries.first(), detected), hotkeyLine);
+    const QStringList lines = SessionReport::startupLines(entries, detected);
+    QCOMPARE(lines.size(), startupLines);
+    QCOMPARE(lines.value(0), hotkeyStartupLine);
 }
 
 void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()

@@ -18,12 +18,14 @@
 #include "config/ConfigReader.h"
 #include "config/ConfigWatcher.h"
 #include "config/FileIO.h"
+#include "diagnostics/SessionReport.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/Editing.h"
 #include "editor/EditView.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/Screens.h"
+#include "platform/Session.h"
 
 #include <QDir>
 #include <QGuiApplication>
@@ -126,6 +128,11 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     m_watcher->start();
     trackFrontApp(environment);
     updateHotkey();
+    // Under Wayland the X server's facilities reach only XWayland's windows: the user hears it once, with
+    // what works instead, rather than wondering why a chip types nothing.
+    const Session session = Session::detect(environment);
+    for (const QString& line : SessionReport::startupLines(SessionReport::gather(*m_platform), session))
+        Log::line(line);
     m_visibility->attach(m_panel.get(), m_flyouts.get(),
                          [this] { return m_editor && m_editor->isVisible(); });
     m_visibility->start();

@@ -9,6 +9,7 @@
 #include "dragdrop/Editing.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
+#include "platform/Session.h"
 
 #include <QApplication>
 #include <QProcessEnvironment>
@@ -33,7 +34,7 @@ int runProbe(int argc, char* argv[], bool prompt)
     }
     const std::unique_ptr<Platform> platform = display ? createDesktopPlatform() : nullptr;
     if (!prompt) {
-        Probe::publish(Probe::run(platform.get()));
+        Probe::publish(Probe::run(platform.get(), Session::detect(QProcessEnvironment::systemEnvironment())));
         return 0;
     }
     // No permission prompt exists on X11: input synthesis is there when XTest is.

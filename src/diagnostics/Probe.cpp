@@ -2,6 +2,7 @@
 
 #include "actions/KeyCombo.h"
 #include "config/Config.h"
+#include "diagnostics/SessionReport.h"
 #include "platform/Platform.h"
 
 #include <QDir>
@@ -41,20 +42,24 @@ QString processStart()
     return line(QStringLiteral("process start"), ok, ok ? QString() : process.errorString());
 }
 
-QString desktopChecks(Platform& platform)
+QString desktopChecks(Platform& platform, const Session& session)
 {
+    // Under XWayland the X server's facilities work, but native Wayland windows never see them.
+    const QString reach =
+        session.type == Session::Type::Wayland ? QStringLiteral("X11 windows only") : QString();
     QString report;
     const bool xtest = platform.input().isTrusted();
-    report += line(QStringLiteral("input synthesis (XTest)"), xtest);
-    report += line(QStringLiteral("event posting"), xtest, xtest ? QString() : QStringLiteral("needs XTest"));
+    report += line(QStringLiteral("input synthesis (XTest)"), xtest, xtest ? reach : QString());
+    report += line(QStringLiteral("event posting"), xtest, xtest ? reach : QStringLiteral("needs XTest"));
 
     // An unlikely combination, let go at once: the probe must not take a key the user relies on.
     const auto combo = KeyCombo::parse(u"ctrl+alt+shift+super+f12");
     const bool grabbed = combo && platform.hotkey().grab(*combo);
     platform.hotkey().release();
-    report += line(QStringLiteral("hot key grab"), grabbed);
+    report += line(QStringLiteral("hot key grab"), grabbed, grabbed ? reach : QString());
 
-    report += line(QStringLiteral("global mouse monitor (XInput2)"), platform.clickMonitor().isAvailable());
+    const bool monitor = platform.clickMonitor().isAvailable();
+    report += line(QStringLiteral("global mouse monitor (XInput2)"), monitor, monitor ? reach : QString());
 
     const QString marker =
         QStringLiteral("vantril-probe-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
@@ -72,24 +77,42 @@ QString desktopChecks(Platform& platform)
     return report;
 }
 
+QString facilities(Platform* platform, const Session& session)
+{
+    QList<SessionReport::Entry> entries;
+    if (platform) {
+        entries = SessionReport::gather(*platform);
+    } else {
+        const FacilityReach none{FacilityReach::Scope::Unavailable, QStringLiteral("no X display")};
+        for (const auto facility :
+             {SessionReport::Facility::Hotkey, SessionReport::Facility::KeyChips,
+              SessionReport::Facility::MouseMonitor, SessionReport::Facility::FrontApplication})
+            entries.append({facility, none});
+    }
+    QString report = SessionReport::sessionLine(session, platform != nullptr) + QLatin1Char('\n');
+    for (const SessionReport::Entry& entry : entries)
+        report += SessionReport::probeLine(entry, session) + QLatin1Char('\n');
+    return report;
+}
+
 } // namespace
 
 namespace Probe {
 
-QString run(Platform* platform)
+QString run(Platform* platform, const Session& session)
 {
     QString report = QStringLiteral("Vantril %1 probe\n").arg(QStringLiteral(VANTRIL_VERSION));
     report += configFolder();
     report += processStart();
     if (platform) {
-        report += desktopChecks(*platform);
+        report += desktopChecks(*platform, session);
     } else {
         for (const char* check : {"input synthesis (XTest)", "event posting", "hot key grab",
                                   "global mouse monitor (XInput2)", "clipboard"})
             report += line(QString::fromUtf8(check), false, QStringLiteral("no X display"));
         report += QStringLiteral("launch at login: unknown\n");
     }
-    return report;
+    return report + facilities(platform, session);
 }
 
 void publish(const QString& report)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FacilityReach.h"
+
 #include <QPoint>
 #include <functional>
 
@@ -20,4 +22,6 @@ public:
     virtual int pressedButtons() = 0;
     /// Whether presses can be noticed at all in this session.
     virtual bool isAvailable() = 0;
+    /// Which windows presses and the pointer are seen over.
+    virtual FacilityReach reach() = 0;
 };

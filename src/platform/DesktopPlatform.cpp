@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/Session.h"
 #include "platform/desktopshell/SessionFrontApplication.h"
 #include "platform/freedesktop/DesktopFileManager.h"
 #include "platform/freedesktop/DesktopLauncher.h"
@@ -18,8 +19,7 @@ namespace {
 /// Only where KWin is asked to load a script: the X11 side sees every window of an X11 session.
 bool isWaylandSession()
 {
-    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           qEnvironmentVariable("XDG_SESSION_TYPE") == u"wayland";
+    return Session::detect(QProcessEnvironment::systemEnvironment()).type == Session::Type::Wayland;
 }
 
 class QtBeeper final : public Beeper

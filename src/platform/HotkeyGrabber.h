@@ -1,6 +1,7 @@
 #pragma once
 
 #include "actions/KeyCombo.h"
+#include "platform/FacilityReach.h"
 
 #include <functional>
 
@@ -20,4 +21,6 @@ public:
     virtual void release() = 0;
     /// Called on the main thread for each press (not for auto-repeat).
     virtual void setHandler(std::function<void()> pressed) = 0;
+    /// Which windows a press is noticed in.
+    virtual FacilityReach reach() = 0;
 };

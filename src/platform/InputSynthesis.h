@@ -1,6 +1,7 @@
 #pragma once
 
 #include "actions/KeyCombo.h"
+#include "platform/FacilityReach.h"
 
 /// Synthetic keyboard input, delivered to whatever window has the keyboard focus.
 class InputSynthesis
@@ -15,4 +16,6 @@ public:
     virtual bool isTrusted() = 0;
     /// Presses the modifiers, presses and releases the key, releases the modifiers in reverse order.
     virtual void post(const KeyCombo& combo) = 0;
+    /// Which windows the keys reach.
+    virtual FacilityReach reach() = 0;
 };

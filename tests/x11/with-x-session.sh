@@ -69,7 +69,7 @@ read -r -t 30 display <"$session/displayfd" || fail "Xvfb did not start"
 
 export DISPLAY=":$display"
 unset WAYLAND_DISPLAY XAUTHORITY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS DESKTOP_STARTUP_ID
-unset XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP DESKTOP_SESSION
+unset XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP XDG_SESSION_TYPE DESKTOP_SESSION
 export HOME="$session/home"
 export XDG_CONFIG_HOME="$session/config"
 export XDG_DATA_HOME="$session/data"

@@ -30,19 +30,23 @@ void SessionFrontApplication::watch(std::function<void(const ContextApp&)> activ
         m_kwin.load(m_kwinScript);
 }
 
-FrontApplicationSource SessionFrontApplication::source()
+FacilityReach SessionFrontApplication::reach()
 {
+    const FacilityReach kwin{FacilityReach::Scope::AllWindows, QStringLiteral("reported by a KWin script")};
+    const FacilityReach gnome{
+        FacilityReach::Scope::AllWindows,
+        QStringLiteral("reported by the GNOME Shell extension %1").arg(GnomeShellExtension::uuid())};
     const QString live = m_reports.liveSource();
     if (live == u"gnome-shell")
-        return FrontApplicationSource::GnomeShellExtension;
+        return gnome;
     if (live == u"kwin" || m_kwin.isLoaded())
-        return FrontApplicationSource::KWinScript;
+        return kwin;
     // Not watching (the probe): what watching would find.
     if (!m_watching && m_waylandSession && !m_kwinScript.isEmpty() && KWinFrontScript::isOffered())
-        return FrontApplicationSource::KWinScript;
+        return kwin;
     if (GnomeShellExtension::isActive())
-        return FrontApplicationSource::GnomeShellExtension;
-    return FrontApplicationSource::X11Windows;
+        return gnome;
+    return m_windows.reach();
 }
 
 void SessionFrontApplication::reported(const WindowNames& window)

@@ -21,7 +21,7 @@ public:
 
     std::optional<ContextApp> current() override;
     void watch(std::function<void(const ContextApp&)> activated) override;
-    FrontApplicationSource source() override;
+    FacilityReach reach() override;
 
 private:
     void reported(const WindowNames& window);

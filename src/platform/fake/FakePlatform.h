@@ -57,6 +57,8 @@ public:
     std::optional<KeyCombo> grabbed;
     std::function<void()> hotkeyHandler;
     bool grabRefused = false;
+    /// What the input, click monitor, front application and hot key say of their reach.
+    FacilityReach facilityReach{FacilityReach::Scope::X11, {}};
     bool loginItem = false;
     std::optional<QString> loginItemError;
     /// The user's answer when asked whether to run a program (recorded as "ask NAME"); when empty, the
@@ -110,10 +112,10 @@ private:
     bool isAvailable() override { return true; }
     std::optional<ContextApp> current() override { return front; }
     void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
-    FrontApplicationSource source() override { return FrontApplicationSource::X11Windows; }
     bool grab(const KeyCombo& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override { hotkeyHandler = std::move(pressed); }
+    FacilityReach reach() override { return facilityReach; }
     bool isEnabled() override { return loginItem; }
     std::optional<QString> setEnabled(bool enabled) override;
     void ask(const QString& name, std::function<void(Answer)> answered) override;

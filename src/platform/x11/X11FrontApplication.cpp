@@ -117,6 +117,13 @@ std::optional<ContextApp> X11FrontApplication::current()
     return active.isEmpty() ? std::nullopt : applicationOf(connection, active.first());
 }
 
+FacilityReach X11FrontApplication::reach()
+{
+    if (!qtXcbConnection())
+        return {FacilityReach::Scope::Unavailable, QStringLiteral("no X display")};
+    return {FacilityReach::Scope::X11, {}};
+}
+
 void X11FrontApplication::watch(std::function<void(const ContextApp&)> activated)
 {
     m_activated = std::move(activated);

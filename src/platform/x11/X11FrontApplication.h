@@ -17,7 +17,7 @@ public:
 
     std::optional<ContextApp> current() override;
     void watch(std::function<void(const ContextApp&)> activated) override;
-    FrontApplicationSource source() override { return FrontApplicationSource::X11Windows; }
+    FacilityReach reach() override;
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 

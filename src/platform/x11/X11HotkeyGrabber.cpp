@@ -54,6 +54,13 @@ void X11HotkeyGrabber::setHandler(std::function<void()> pressed)
     m_pressed = std::move(pressed);
 }
 
+FacilityReach X11HotkeyGrabber::reach()
+{
+    if (!qtXcbConnection())
+        return {FacilityReach::Scope::Unavailable, QStringLiteral("no X display")};
+    return {FacilityReach::Scope::X11, {}};
+}
+
 bool X11HotkeyGrabber::grab(const KeyCombo& combo)
 {
     release();

@@ -21,6 +21,7 @@ public:
     bool grab(const KeyCombo& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override;
+    FacilityReach reach() override;
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 

@@ -75,6 +75,13 @@ bool X11InputSynthesis::isTrusted()
     return xtest && xtest->present;
 }
 
+FacilityReach X11InputSynthesis::reach()
+{
+    if (!isTrusted())
+        return {FacilityReach::Scope::Unavailable, QStringLiteral("no XTest on this display")};
+    return {FacilityReach::Scope::X11, {}};
+}
+
 void X11InputSynthesis::post(const KeyCombo& combo)
 {
     xcb_connection_t* connection = qtXcbConnection();

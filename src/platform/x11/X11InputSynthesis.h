@@ -8,4 +8,5 @@ class X11InputSynthesis final : public InputSynthesis
 public:
     bool isTrusted() override;
     void post(const KeyCombo& combo) override;
+    FacilityReach reach() override;
 };

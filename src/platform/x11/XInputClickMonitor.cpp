@@ -97,6 +97,13 @@ void XInputClickMonitor::stop()
         select(false);
 }
 
+FacilityReach XInputClickMonitor::reach()
+{
+    if (!isAvailable())
+        return {FacilityReach::Scope::Unavailable, QStringLiteral("no XInput 2 on this display")};
+    return {FacilityReach::Scope::X11, {}};
+}
+
 int XInputClickMonitor::pressedButtons()
 {
     if (!connect())

@@ -21,6 +21,7 @@ public:
     void stop() override;
     int pressedButtons() override;
     bool isAvailable() override { return connect(); }
+    FacilityReach reach() override;
 
 private:
     bool connect();
