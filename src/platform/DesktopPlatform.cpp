@@ -44,6 +44,7 @@ public:
     FrontApplication& frontApplication() override { return m_frontApplication; }
     HotkeyGrabber& hotkey() override { return m_hotkey; }
     Autostart& autostart() override { return m_autostart; }
+    PortalRoutes portalRoutes() override { return {m_hotkey.status(), m_input.status()}; }
 
 private:
     X11InputSynthesis m_x11Input;

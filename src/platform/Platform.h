@@ -12,6 +12,7 @@
 #include "platform/PanelWindows.h"
 #include "platform/Scheduler.h"
 #include "platform/Screens.h"
+#include "platform/portal/PortalStatus.h"
 
 #include <QString>
 #include <memory>
@@ -38,6 +39,14 @@ public:
     virtual FrontApplication& frontApplication() = 0;
     virtual HotkeyGrabber& hotkey() = 0;
     virtual Autostart& autostart() = 0;
+
+    /// Whether the hot key and key chips go through the desktop portals in a Wayland session.
+    struct PortalRoutes
+    {
+        PortalStatus hotkey;
+        PortalStatus keys;
+    };
+    virtual PortalRoutes portalRoutes() { return {}; }
 };
 
 /// The X11 and freedesktop implementation; needs a running QGuiApplication on the xcb platform for

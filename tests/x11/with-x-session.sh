@@ -68,7 +68,7 @@ read -r -t 30 display <"$session/displayfd" || fail "Xvfb did not start"
 [ -n "$display" ] || fail "Xvfb did not start"
 
 export DISPLAY=":$display"
-unset WAYLAND_DISPLAY XAUTHORITY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS DESKTOP_STARTUP_ID
+unset WAYLAND_DISPLAY XDG_SESSION_TYPE XAUTHORITY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS DESKTOP_STARTUP_ID
 unset XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP DESKTOP_SESSION
 export HOME="$session/home"
 export XDG_CONFIG_HOME="$session/config"
