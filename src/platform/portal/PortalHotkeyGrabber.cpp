@@ -11,6 +11,21 @@ namespace {
 
 const QString interfaceName = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 
+PortalStatus::State stateFor(const Portal::Answer& answer)
+{
+    return answer.outcome == Portal::Answer::Outcome::Absent ? PortalStatus::State::Absent
+                                                             : PortalStatus::State::Refused;
+}
+
+QString reasonFor(const Portal::Answer& answer)
+{
+    if (answer.outcome == Portal::Answer::Outcome::Absent)
+        return QStringLiteral("the desktop offers no global-shortcuts portal");
+    if (answer.outcome == Portal::Answer::Outcome::Refused)
+        return QStringLiteral("the desktop or the user declined the shortcut");
+    return QStringLiteral("the global-shortcuts portal failed: ") + answer.error;
+}
+
 } // namespace
 
 PortalHotkeyGrabber::PortalHotkeyGrabber(HotkeyGrabber& fallback, bool waylandSession)
@@ -53,38 +68,38 @@ void PortalHotkeyGrabber::bind(const QString& trigger)
     const quint64 generation = ++m_generation;
     m_status = {PortalStatus::State::Waiting, {}};
     listen();
-    const QVariantMap sessionOptions = {{QStringLiteral("session_handle_token"), Portal::token()}};
-    Portal::request(interfaceName, QStringLiteral("CreateSession"), {sessionOptions}, this,
-                    [this, generation, trigger](const Portal::Answer& created) {
-                        const QString session = Portal::sessionHandle(created.results);
-                        if (generation != m_generation) {
+    const QVariantMap options = {{QStringLiteral("session_handle_token"), Portal::token()}};
+    Portal::request(interfaceName, QStringLiteral("CreateSession"), {options}, this,
+                    [this, generation, trigger](const Portal::Answer& answer) {
+                        const QString session = Portal::sessionHandle(answer.results);
+                        if (generation != m_generation)
                             Portal::closeSession(session);
+                        else if (answer.outcome != Portal::Answer::Outcome::Granted || session.isEmpty())
+                            giveUp(stateFor(answer), reasonFor(answer));
+                        else
+                            bindShortcut(session, trigger, generation);
+                    });
+}
+
+void PortalHotkeyGrabber::bindShortcut(const QString& session, const QString& trigger, quint64 generation)
+{
+    // A session binds its shortcuts once; a changed combination gets a session of its own.
+    m_session = session;
+    QVariantMap properties = {{QStringLiteral("description"), description()}};
+    if (!trigger.isEmpty())
+        properties.insert(QStringLiteral("preferred_trigger"), trigger);
+    PortalShortcut::registerTypes();
+    const PortalShortcutList shortcuts = {{shortcutId(), properties}};
+    Portal::request(interfaceName, QStringLiteral("BindShortcuts"),
+                    {QVariant::fromValue(QDBusObjectPath(session)), QVariant::fromValue(shortcuts), QString(),
+                     QVariantMap()},
+                    this, [this, generation](const Portal::Answer& answer) {
+                        if (generation != m_generation)
                             return;
-                        }
-                        if (created.outcome != Portal::Answer::Outcome::Granted || session.isEmpty()) {
-                            giveUp(created.outcome == Portal::Answer::Outcome::Absent
-                                       ? PortalStatus::State::Absent
-                                       : PortalStatus::State::Refused,
-                                   created.error);
-                            return;
-                        }
-                        m_session = session;
-                        QVariantMap properties = {{QStringLiteral("description"), description()}};
-                        if (!trigger.isEmpty())
-                            properties.insert(QStringLiteral("preferred_trigger"), trigger);
-                        PortalShortcut::registerTypes();
-                        const PortalShortcutList shortcuts = {{shortcutId(), properties}};
-                        Portal::request(interfaceName, QStringLiteral("BindShortcuts"),
-                                        {QVariant::fromValue(QDBusObjectPath(session)),
-                                         QVariant::fromValue(shortcuts), QString(), QVariantMap()},
-                                        this, [this, generation](const Portal::Answer& answer) {
-                                            if (generation != m_generation)
-                                                return;
-                                            if (answer.outcome == Portal::Answer::Outcome::Granted)
-                                                bound(answer.results);
-                                            else
-                                                giveUp(PortalStatus::State::Refused, answer.error);
-                                        });
+                        if (answer.outcome == Portal::Answer::Outcome::Granted)
+                            bound(answer.results);
+                        else
+                            giveUp(stateFor(answer), reasonFor(answer));
                     });
 }
 

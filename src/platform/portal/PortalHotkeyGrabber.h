@@ -37,6 +37,7 @@ private Q_SLOTS:
 
 private:
     void bind(const QString& trigger);
+    void bindShortcut(const QString& session, const QString& trigger, quint64 generation);
     void bound(const QVariantMap& results);
     void giveUp(PortalStatus::State state, const QString& reason);
     void closeSession();
