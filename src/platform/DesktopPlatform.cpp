@@ -6,6 +6,9 @@
 #include "platform/freedesktop/QtClipboard.h"
 #include "platform/freedesktop/QtScreens.h"
 #include "platform/freedesktop/XdgAutostart.h"
+#include "platform/portal/PortalHotkeyGrabber.h"
+#include "platform/portal/PortalInputSynthesis.h"
+#include "platform/x11/X11ActiveWindow.h"
 #include "platform/x11/X11FrontApplication.h"
 #include "platform/x11/X11HotkeyGrabber.h"
 #include "platform/x11/X11InputSynthesis.h"
@@ -15,12 +18,6 @@
 #include <QApplication>
 
 namespace {
-
-/// Only where KWin is asked to load a script: the X11 side sees every window of an X11 session.
-bool isWaylandSession()
-{
-    return Session::detect(QProcessEnvironment::systemEnvironment()).type == Session::Type::Wayland;
-}
 
 class QtBeeper final : public Beeper
 {
@@ -50,7 +47,7 @@ public:
     Autostart& autostart() override { return m_autostart; }
 
 private:
-    X11InputSynthesis m_input;
+    X11InputSynthesis m_x11Input;
     QtClipboard m_clipboard;
     DesktopLauncher m_launcher;
     DesktopFileManager m_fileManager{m_launcher};
@@ -62,8 +59,12 @@ private:
     X11FrontApplication m_x11FrontApplication;
     SessionFrontApplication m_frontApplication{m_x11FrontApplication, isWaylandSession(),
                                                KWinFrontScript::installedPath()};
-    X11HotkeyGrabber m_hotkey;
+    X11HotkeyGrabber m_x11Hotkey;
     XdgAutostart m_autostart;
+    // In a Wayland session the portals serve every window, and the X11 ways above only X11 windows.
+    const bool m_wayland = isWaylandSession();
+    PortalInputSynthesis m_input{m_x11Input, m_beeper, &x11WindowIsActive, m_wayland};
+    PortalHotkeyGrabber m_hotkey{m_x11Hotkey, m_wayland};
 };
 
 } // namespace

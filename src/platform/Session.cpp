@@ -79,3 +79,8 @@ QString Session::describe() const
     }
     return desktopName.isEmpty() ? kind : QStringLiteral("%1 (%2)").arg(kind, desktopName);
 }
+
+bool isWaylandSession()
+{
+    return Session::detect(QProcessEnvironment::systemEnvironment()).type == Session::Type::Wayland;
+}

@@ -34,3 +34,7 @@ struct Session
     /// "Wayland (GNOME)", "X11", "unknown".
     QString describe() const;
 };
+
+/// Whether this process runs in a Wayland session (through XWayland), where the X11 ways reach only X11
+/// windows; read from the process's environment.
+bool isWaylandSession();
