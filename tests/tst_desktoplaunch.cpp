@@ -398,7 +398,7 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     FakePlatform x11;
     x11.front = named(QStringLiteral("X11App"));
     auto front = std::make_unique<SessionFrontApplication>(x11.frontApplication(), true, path);
-    QCOMPARE(front->source(), FrontApplicationSource::KWinScript);
+    QCOMPARE(front->reach().detail, QStringLiteral("reported by a KWin script"));
     QList<ContextApp> adopted;
     front->watch([&adopted](const ContextApp& app) { adopted += app; });
     const QString plugin = QStringLiteral("vantril-front-application");
@@ -421,7 +421,8 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     reportFrom(QStringLiteral("shell"), QStringLiteral("gnome-shell"), QStringLiteral("Native"));
     QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 2, 10000);
     QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("Native"));
-    QCOMPARE(front->source(), FrontApplicationSource::GnomeShellExtension);
+    QCOMPARE(front->reach().detail,
+             QStringLiteral("reported by the GNOME Shell extension vantril@vantril.github.io"));
     x11.activated(named(QStringLiteral("X11Muted")));
     QCOMPARE(adopted.size(), 2);
     QDBusConnection::disconnectFromBus(QStringLiteral("shell"));
@@ -432,7 +433,7 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     // KWin's script the same way, until it says it stops.
     reportFrom(QStringLiteral("kwin"), QStringLiteral("kwin"), QStringLiteral("Konsole"));
     QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 4, 10000);
-    QCOMPARE(front->source(), FrontApplicationSource::KWinScript);
+    QCOMPARE(front->reach().detail, QStringLiteral("reported by a KWin script"));
     report(QStringLiteral("kwin"), QStringLiteral("ReportsEnded"), {QStringLiteral("kwin")});
     QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 5, 10000);
     QCOMPARE(adopted.last().id, QStringLiteral("X11App"));
