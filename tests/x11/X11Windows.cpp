@@ -419,11 +419,13 @@ std::optional<xcb_window_t> shownMenu(qint64 pid)
     const xcb_atom_t pidAtom = atom(QByteArrayLiteral("_NET_WM_PID"));
     const xcb_atom_t typeAtom = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE"));
     const xcb_atom_t tooltip = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_TOOLTIP"));
+    const xcb_atom_t dock = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"));
     for (const xcb_window_t window : childWindows(rootWindow())) {
         const auto attributes = attributesOf(window);
         if (!attributes || !attributes->viewable || !attributes->overrideRedirect)
             continue;
-        if (cardinal(window, pidAtom) != quint32(pid) || cardinal(window, typeAtom) == tooltip)
+        const auto type = cardinal(window, typeAtom);
+        if (cardinal(window, pidAtom) != quint32(pid) || type == tooltip || type == dock)
             continue;
         return window;
     }

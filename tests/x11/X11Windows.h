@@ -128,5 +128,5 @@ std::optional<Attributes> attributesOf(xcb_window_t window);
 /// Where the window is on screen, empty when it is gone; for windows nobody manages as well.
 QRect screenRect(xcb_window_t window);
 /// The open menu of process `pid`: popups are override-redirect children of the root. Tooltips are too,
-/// and say what they are.
+/// and so are the bar and its flyouts under a tiling manager; both say what they are.
 std::optional<xcb_window_t> shownMenu(qint64 pid);
