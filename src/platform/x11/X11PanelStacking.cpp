@@ -11,11 +11,18 @@
 
 namespace {
 
-/// The bits of a resource id that name the client that made it: every window of one connection
-/// shares them.
-std::uint32_t clientBits(xcb_connection_t* connection)
+/// Whether two windows were made by the same client: the bits of a resource id above the server's mask
+/// name the connection that made it.
+bool sameClient(xcb_window_t one, xcb_window_t other)
 {
-    return ~xcb_get_setup(connection)->resource_id_mask;
+    const std::uint32_t clientBits = ~xcb_get_setup(qtXcbConnection())->resource_id_mask;
+    return (one & clientBits) == (other & clientBits);
+}
+
+/// A window made on Qt's connection: a panel, or one of this program's menus and tooltips.
+bool isOwnWindow(xcb_window_t window)
+{
+    return sameClient(window, xcb_get_setup(qtXcbConnection())->resource_id_base);
 }
 
 } // namespace
@@ -78,11 +85,8 @@ void X11PanelStacking::release(std::uint32_t window)
 void X11PanelStacking::drain()
 {
     xcb_connection_t* connection = m_connection.get();
-    xcb_connection_t* qt = qtXcbConnection();
-    if (!connection || !qt)
+    if (!connection || !qtXcbConnection())
         return;
-    const std::uint32_t bits = clientBits(qt);
-    const std::uint32_t ours = xcb_get_setup(qt)->resource_id_base & bits;
     bool changed = false;
     while (const auto event = adoptReply(xcb_poll_for_event(connection))) {
         switch (event->response_type & 0x7f) {
@@ -93,13 +97,14 @@ void X11PanelStacking::drain()
             const xcb_window_t window = reinterpret_cast<const xcb_map_notify_event_t*>(event.get())->window;
             // A panel comes up where it was made, perhaps below windows mapped since; this program's
             // menus and tooltips change nothing.
-            changed = changed || m_panels.contains(window) || (window & bits) != ours;
+            changed = changed || m_panels.contains(window) || !isOwnWindow(window);
             break;
         }
         case XCB_CONFIGURE_NOTIFY:
             // The bar's own moves, while the grip drags it, need no look at the stack.
-            changed = changed || (reinterpret_cast<const xcb_configure_notify_event_t*>(event.get())->window &
-                                  bits) != ours;
+            changed =
+                changed ||
+                !isOwnWindow(reinterpret_cast<const xcb_configure_notify_event_t*>(event.get())->window);
             break;
         case XCB_CIRCULATE_NOTIFY:
             changed = true;
@@ -125,8 +130,6 @@ void X11PanelStacking::drain()
 void X11PanelStacking::restack()
 {
     xcb_connection_t* connection = m_connection.get();
-    const std::uint32_t bits = clientBits(qtXcbConnection());
-    const std::uint32_t ours = xcb_get_setup(qtXcbConnection())->resource_id_base & bits;
     const xcb_window_t root = rootWindow(connection);
 
     const auto treeCookie = xcb_query_tree(connection, root);
@@ -136,10 +139,10 @@ void X11PanelStacking::restack()
     const auto check = adoptReply(xcb_get_property_reply(connection, checkCookie, nullptr));
     if (!tree)
         return;
-    // The window manager's own windows: its check window names the client.
-    std::optional<std::uint32_t> manager;
+    // The window manager's own windows: made by the client that made its check window.
+    std::optional<xcb_window_t> manager;
     if (check && check->format == 32 && xcb_get_property_value_length(check.get()) >= 4)
-        manager = *static_cast<const xcb_window_t*>(xcb_get_property_value(check.get())) & bits;
+        manager = *static_cast<const xcb_window_t*>(xcb_get_property_value(check.get()));
 
     // The root's children come bottom first.
     const xcb_window_t* children = xcb_query_tree_children(tree.get());
@@ -151,7 +154,7 @@ void X11PanelStacking::restack()
     // One round trip for every other program's window above the lowest panel.
     std::vector<std::pair<xcb_window_t, xcb_get_window_attributes_cookie_t>> above;
     for (const xcb_window_t* window = lowest + 1; window != end; ++window) {
-        if ((*window & bits) != ours)
+        if (!isOwnWindow(*window))
             above.emplace_back(*window, xcb_get_window_attributes(connection, *window));
     }
     xcb_window_t covering = XCB_NONE;
@@ -161,7 +164,7 @@ void X11PanelStacking::restack()
             continue;
         // Other programs' menus and tooltips stay above: covering a menu just opened would hide it. The
         // manager's frames are override-redirect as well (i3's are), and they hold the managed windows.
-        if (attributes->override_redirect && (window & bits) != manager)
+        if (attributes->override_redirect && !(manager && sameClient(window, *manager)))
             continue;
         covering = window;
     }
