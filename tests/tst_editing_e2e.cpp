@@ -526,7 +526,8 @@ void TestEditingEndToEnd::filesDroppedBetweenChipsLandInReverseOrder()
     TestProcess source(QStringLiteral(DRAGSOURCE_BINARY), files);
     const auto window = source.waitForWindow(QStringLiteral("dragsource"));
     QVERIFY2(window, "the drag source did not appear");
-    QVERIFY(!frameOf(*window).intersects(barFrame()));
+    // A tiling manager gives it the whole screen, under the bar: the drag only has to start off the bar.
+    QVERIFY(!barFrame().contains(frameOf(*window).center()));
 
     const QByteArray before = saved();
     const QPoint target = gapAfter(layout, QStringLiteral("A"));

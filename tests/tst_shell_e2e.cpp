@@ -135,7 +135,7 @@ Ran run(const TestHome& home, const QStringList& arguments)
 /// Bars on screen, whichever process shows them.
 int barsShown()
 {
-    const QList<quintptr> windows = clientWindows();
+    const QList<quintptr> windows = topLevelWindows();
     return int(std::count_if(windows.begin(), windows.end(), [](quintptr window) {
         return windowName(window) == QStringLiteral("Vantril") && isViewable(window);
     }));

@@ -110,6 +110,14 @@ bool isStackedAbove(quintptr upper, quintptr lower)
     return upperAt >= 0 && lowerAt >= 0 && upperAt > lowerAt;
 }
 
+void raiseFrameToTop(quintptr window)
+{
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(connection(), topLevelOf(static_cast<xcb_window_t>(window)),
+                         XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    xcb_flush(connection());
+}
+
 bool placeWindow(quintptr window, const QRect& frame)
 {
     const QString id = QString::number(window);
@@ -237,6 +245,19 @@ QList<quintptr> clientWindows()
     return windows;
 }
 
+QList<quintptr> topLevelWindows()
+{
+    QList<quintptr> windows = clientWindows();
+    const xcb_atom_t type = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE"));
+    const xcb_atom_t dock = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"));
+    for (const xcb_window_t window : childWindows(rootWindow())) {
+        const auto attributes = attributesOf(window);
+        if (attributes && attributes->overrideRedirect && cardinal(window, type) == dock)
+            windows.append(window);
+    }
+    return windows;
+}
+
 std::optional<QString> windowName(quintptr window)
 {
     const QString line = windowProperty(window, QStringLiteral("_NET_WM_NAME"));
@@ -258,7 +279,7 @@ std::optional<qint64> windowPid(quintptr window)
 
 std::optional<quintptr> findWindow(const QString& name, qint64 pid)
 {
-    for (const quintptr window : clientWindows()) {
+    for (const quintptr window : topLevelWindows()) {
         if (windowName(window) == name && windowPid(window) == pid)
             return window;
     }
@@ -267,7 +288,7 @@ std::optional<quintptr> findWindow(const QString& name, qint64 pid)
 
 bool hasClientWindows(qint64 pid)
 {
-    const QList<quintptr> windows = clientWindows();
+    const QList<quintptr> windows = topLevelWindows();
     return std::any_of(windows.begin(), windows.end(),
                        [pid](quintptr window) { return windowPid(window) == pid; });
 }
@@ -398,11 +419,13 @@ std::optional<xcb_window_t> shownMenu(qint64 pid)
     const xcb_atom_t pidAtom = atom(QByteArrayLiteral("_NET_WM_PID"));
     const xcb_atom_t typeAtom = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE"));
     const xcb_atom_t tooltip = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_TOOLTIP"));
+    const xcb_atom_t dock = atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"));
     for (const xcb_window_t window : childWindows(rootWindow())) {
         const auto attributes = attributesOf(window);
         if (!attributes || !attributes->viewable || !attributes->overrideRedirect)
             continue;
-        if (cardinal(window, pidAtom) != quint32(pid) || cardinal(window, typeAtom) == tooltip)
+        const auto type = cardinal(window, typeAtom);
+        if (cardinal(window, pidAtom) != quint32(pid) || type == tooltip || type == dock)
             continue;
         return window;
     }

@@ -36,6 +36,10 @@ bool isCompositing();
 bool waitUntilDrawn(const QRect& area);
 /// Whether `upper` is stacked above `lower`, comparing the top-level windows (frames) that hold them.
 bool isStackedAbove(quintptr upper, quintptr lower);
+/// Raises the frame holding `window` over every other window of the screen, as some window managers
+/// raise the window they focus. Under a manager that frames windows as override-redirect (i3), nothing
+/// redirects the request.
+void raiseFrameToTop(quintptr window);
 /// Moves and sizes a client window to `frame` and waits until it is there; a tiling manager is told to
 /// let it float first.
 bool placeWindow(quintptr window, const QRect& frame);
@@ -69,6 +73,8 @@ bool dragBetween(const QPoint& from, const QPoint& to, int steps = 10);
 QString windowProperty(quintptr window, const QString& name);
 /// The windows the window manager manages, which are the mapped top-level windows of its clients.
 QList<quintptr> clientWindows();
+/// Those, and the panels nobody manages: override-redirect docks, as the bar is under a tiling manager.
+QList<quintptr> topLevelWindows();
 /// The title exactly as the window gives it: name searches in xdotool ignore case, and the client
 /// leader of the program is called "vantril" too.
 std::optional<QString> windowName(quintptr window);
@@ -122,5 +128,5 @@ std::optional<Attributes> attributesOf(xcb_window_t window);
 /// Where the window is on screen, empty when it is gone; for windows nobody manages as well.
 QRect screenRect(xcb_window_t window);
 /// The open menu of process `pid`: popups are override-redirect children of the root. Tooltips are too,
-/// and say what they are.
+/// and so are the bar and its flyouts under a tiling manager; both say what they are.
 std::optional<xcb_window_t> shownMenu(qint64 pid);

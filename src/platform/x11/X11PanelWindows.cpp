@@ -41,7 +41,6 @@ bool X11PanelWindows::ensureAtoms()
     const QList<QByteArray> names = {
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE"),
         QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK"),
-        QByteArrayLiteral("_NET_WM_WINDOW_TYPE_UTILITY"),
         QByteArrayLiteral("_NET_WM_STATE"),
         QByteArrayLiteral("_NET_WM_STATE_ABOVE"),
         QByteArrayLiteral("_NET_WM_STATE_STICKY"),
@@ -88,14 +87,22 @@ void X11PanelWindows::prepareDock(quintptr windowId)
                         WmHintsFields, hints.data());
     dropTakeFocus(window);
 
-    // Tiling managers have no stacking layers (they leave _NET_WM_STATE_ABOVE out of _NET_SUPPORTED) and
-    // take a dock for a status bar of their own: i3 stretches it into a full-width strip along the screen's
-    // edge. A utility window is what they float, at its own place and above the tiled windows; STICKY then
-    // keeps it on every workspace. Stacking managers keep the dock: KWin hides the utility windows of an
-    // application that is not active, and this one never is.
-    const xcb_atom_t type = m_atoms[managerHasLayers() ? WindowTypeDock : WindowTypeUtility];
+    // Tiling managers have no stacking layers (they leave _NET_WM_STATE_ABOVE out of _NET_SUPPORTED). i3
+    // stretches a dock into a full-width strip, and gives the keyboard focus to any window it manages that
+    // is clicked or mapped, even one that takes no input: a tap on the bar would take the focus from the
+    // application that keys and pastes are meant for. A window it does not manage at all is left where it
+    // is put, on every workspace, and never focused; keeping it above the tiles is then this program's
+    // job. Stacking managers keep managing the panel: they stack docks above other windows themselves.
+    const bool unmanaged = !managerHasLayers();
+    const std::uint32_t overrideRedirect = unmanaged ? 1 : 0;
+    xcb_change_window_attributes(connection, window, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+    if (unmanaged)
+        m_stacking.keepOnTop(window);
+    else
+        m_stacking.release(window);
+    // The type and states below still tell compositors and tools what the window is.
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[WindowType], XCB_ATOM_ATOM, 32, 1,
-                        &type);
+                        &m_atoms[WindowTypeDock]);
     // openbox ignores STICKY (it does not support it) but honours the desktop below; xfwm4 wants both.
     const xcb_atom_t states[] = {m_atoms[StateAbove], m_atoms[StateSticky], m_atoms[StateSkipTaskbar],
                                  m_atoms[StateSkipPager]};

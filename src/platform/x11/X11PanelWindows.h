@@ -1,12 +1,14 @@
 #pragma once
 
 #include "platform/PanelWindows.h"
+#include "platform/x11/X11PanelStacking.h"
 
 #include <array>
 #include <cstdint>
 
 /// Dock hints through EWMH properties and click-through through the SHAPE extension's input region,
-/// written on Qt's own X connection. Does nothing when the program does not run on X11.
+/// written on Qt's own X connection. Under a window manager that tiles, panels are override-redirect
+/// windows kept on top by X11PanelStacking. Does nothing when the program does not run on X11.
 class X11PanelWindows final : public PanelWindows
 {
 public:
@@ -20,7 +22,6 @@ private:
     {
         WindowType,
         WindowTypeDock,
-        WindowTypeUtility,
         State,
         StateAbove,
         StateSticky,
@@ -42,4 +43,5 @@ private:
     // xcb_atom_t, kept as a plain integer so that this header stays free of xcb.
     std::array<std::uint32_t, AtomCount> m_atoms{};
     bool m_haveAtoms = false;
+    X11PanelStacking m_stacking;
 };
