@@ -175,5 +175,10 @@ FacilityReach PortalHotkeyGrabber::reach()
 {
     if (m_status.state == PortalStatus::State::InUse)
         return {FacilityReach::Scope::Portal, m_status.detail};
+    // The probe runs beside the bar and binds nothing itself: what the desktop assigned to the bar was kept.
+    if (m_wayland) {
+        if (const QString assigned = PortalSettings::assignedTrigger(); !assigned.isEmpty())
+            return {FacilityReach::Scope::Portal, assigned};
+    }
     return m_fallback.reach();
 }
