@@ -42,10 +42,13 @@ bus_pid=
 compositor_pid=
 child_pid=
 
+# shellcheck source=../stop-process.sh
+. "$(dirname "$0")/../stop-process.sh"
+
 cleanup() {
     local pid
     for pid in "$child_pid" "$compositor_pid" "$bus_pid"; do
-        [ -n "$pid" ] && kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null
+        [ -n "$pid" ] && stop "$pid"
     done
     rm -rf "$session"
 }

@@ -27,10 +27,13 @@ bus_pid=
 wm_pid=
 child_pid=
 
+# shellcheck source=../stop-process.sh
+. "$(dirname "$0")/../stop-process.sh"
+
 cleanup() {
     local pid
     for pid in "$child_pid" "$wm_pid" "$bus_pid" "$xvfb_pid"; do
-        [ -n "$pid" ] && kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null
+        [ -n "$pid" ] && stop "$pid"
     done
     rm -rf "$session"
 }
