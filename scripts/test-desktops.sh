@@ -55,8 +55,9 @@ cell() {
         case "$line" in
         PASS*) ;;
         SKIP*)
-            [ "$verdict" = pass ] && verdict=skip && reason=$(sed -n "/::$function()/{n;s/^ *//;p;q}" "$file" 2>/dev/null)
-            [ -z "$reason" ] && reason=$(echo "$line" | sed 's/^[^)]*) *//')
+            # The reason follows the function's name, or stands on the next line when it is long.
+            [ "$verdict" = pass ] && verdict=skip && reason=$(echo "$line" | sed 's/^[^)]*) *//')
+            [ -z "$reason" ] && reason=$(sed -n "/::$function()/{n;/Loc:/q;s/^ *//;p;q}" "$file" 2>/dev/null)
             ;;
         *) verdict=FAIL ;;
         esac
