@@ -21,7 +21,7 @@ struct KeyEvent
 /// the key has no keysym.
 QList<KeyEvent> events(const KeyCombo& combo);
 
-/// The combination as a trigger of the shortcuts specification, such as "CTRL+ALT+b"; empty when the key
+/// The combination as a trigger in the XDG shortcuts format, such as "CTRL+ALT+b"; empty when the key
 /// has no name there.
 QString trigger(const KeyCombo& combo);
 
