@@ -42,8 +42,8 @@ bus_pid=
 compositor_pid=
 child_pid=
 
-# shellcheck source=../stop-process.sh
-. "$(dirname "$0")/../stop-process.sh"
+# shellcheck source=../session-common.sh
+. "$(dirname "$0")/../session-common.sh"
 
 cleanup() {
     local pid
@@ -85,21 +85,9 @@ wait_until() {
 
 unset DISPLAY XAUTHORITY WAYLAND_DISPLAY WAYLAND_SOCKET SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS
 unset DESKTOP_STARTUP_ID XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP XDG_SESSION_TYPE DESKTOP_SESSION
-export HOME="$session/home"
-export XDG_CONFIG_HOME="$session/config"
-export XDG_DATA_HOME="$session/data"
-export XDG_CACHE_HOME="$session/cache"
-export XDG_RUNTIME_DIR="$session/runtime"
-# Autostart entries of the machine (/etc/xdg/autostart) must not start inside the session.
-export XDG_CONFIG_DIRS="$session/xdg-system"
-export VANTRIL_CONFIG_DIR="$session/vantril"
-export XDG_DATA_DIRS="${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
+use_private_folders "$session"
 # The test programs look at XWayland's windows from the outside; Vantril chooses xcb by itself.
 export QT_QPA_PLATFORM=xcb
-# Desktop settings read through GSettings stay in memory, never in the machine's dconf database.
-export GSETTINGS_BACKEND=memory
-mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_CONFIG_DIRS" "$VANTRIL_CONFIG_DIR"
-mkdir -m 0700 "$XDG_RUNTIME_DIR"
 
 # The session bus comes first: mutter offers its services on it and looks for the session's others.
 dbus-daemon --session --nofork --nopidfile --address="unix:path=$XDG_RUNTIME_DIR/bus" >"$session/bus.log" 2>&1 &

@@ -27,8 +27,8 @@ bus_pid=
 wm_pid=
 child_pid=
 
-# shellcheck source=../stop-process.sh
-. "$(dirname "$0")/../stop-process.sh"
+# shellcheck source=../session-common.sh
+. "$(dirname "$0")/../session-common.sh"
 
 cleanup() {
     local pid
@@ -73,20 +73,8 @@ read -r -t 30 display <"$session/displayfd" || fail "Xvfb did not start"
 export DISPLAY=":$display"
 unset WAYLAND_DISPLAY XAUTHORITY SESSION_MANAGER DBUS_SESSION_BUS_ADDRESS DESKTOP_STARTUP_ID
 unset XDG_CURRENT_DESKTOP XDG_SESSION_DESKTOP XDG_SESSION_TYPE DESKTOP_SESSION
-export HOME="$session/home"
-export XDG_CONFIG_HOME="$session/config"
-export XDG_DATA_HOME="$session/data"
-export XDG_CACHE_HOME="$session/cache"
-export XDG_RUNTIME_DIR="$session/runtime"
-# Autostart entries of the machine (/etc/xdg/autostart) must not start inside the session.
-export XDG_CONFIG_DIRS="$session/xdg-system"
-export VANTRIL_CONFIG_DIR="$session/vantril"
-export XDG_DATA_DIRS="${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
+use_private_folders "$session"
 export QT_QPA_PLATFORM=xcb
-# Desktop settings read through GSettings stay in memory, never in the machine's dconf database.
-export GSETTINGS_BACKEND=memory
-mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_CONFIG_DIRS" "$VANTRIL_CONFIG_DIR"
-mkdir -m 0700 "$XDG_RUNTIME_DIR"
 
 xprop -root >/dev/null 2>&1 || fail "display $DISPLAY does not answer"
 
