@@ -273,15 +273,16 @@ void TestX11Panel::pressedButtons()
     const QPoint spot = m_below->geometry().topLeft() + QPoint(40, 40);
     QVERIFY(xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(spot.x()),
                      QString::number(spot.y())}));
-    QCOMPARE(monitor.pressedButtons(), 0);
+    QCOMPARE(monitor.pointer().buttons, 0);
+    QCOMPARE(monitor.pointer().position, spot);
 
     QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("1")}));
-    QTRY_COMPARE(monitor.pressedButtons(), int(Qt::LeftButton));
+    QTRY_COMPARE(monitor.pointer().buttons, int(Qt::LeftButton));
     QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("3")}));
-    QTRY_COMPARE(monitor.pressedButtons(), int(Qt::LeftButton | Qt::RightButton));
+    QTRY_COMPARE(monitor.pointer().buttons, int(Qt::LeftButton | Qt::RightButton));
     QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("3")}));
     QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("1")}));
-    QTRY_COMPARE(monitor.pressedButtons(), 0);
+    QTRY_COMPARE(monitor.pointer().buttons, 0);
 }
 
 QTEST_MAIN(TestX11Panel)

@@ -5,7 +5,6 @@
 #include "bar/FlyoutController.h"
 #include "platform/Platform.h"
 
-#include <QCursor>
 #include <QVariantAnimation>
 
 BarVisibility::BarVisibility(Platform& platform, Preferences& preferences, QObject* parent)
@@ -52,14 +51,14 @@ void BarVisibility::tick()
         updateTick(); // auto-hide went off behind our back: nothing to ask the server, and no more ticks
         return;
     }
-    sample.pointer = QCursor::pos();
+    // Position and buttons in one round trip; the buttons only matter to a shown bar that may hide.
+    const PointerState pointer = m_platform.clickMonitor().pointer();
+    sample.pointer = pointer.position;
     sample.bar = m_bar->frameGeometry();
     if (BarPanel* flyout = m_flyouts ? m_flyouts->panel() : nullptr)
         sample.flyout = flyout->frameGeometry();
     sample.editorOpen = m_editorOpen && m_editorOpen();
-    // Only worth a round trip to the server when the answer can matter.
-    if (sample.autoHide && m_state.isShown())
-        sample.buttonPressed = m_platform.clickMonitor().pressedButtons() != 0;
+    sample.buttonPressed = sample.autoHide && m_state.isShown() && pointer.buttons != 0;
     switch (m_state.tick(sample)) {
     case Visibility::Action::Hide:
         hide(false);

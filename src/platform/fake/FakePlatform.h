@@ -48,8 +48,8 @@ public:
     bool compositing = true;
     /// The click monitor's callback while it runs, empty once stopped; tests call it to simulate a press.
     std::function<void(QPoint)> clickCallback;
-    /// What pressedButtons() answers, as Qt::MouseButtons bits.
-    int buttons = 0;
+    /// What pointer() answers.
+    PointerState pointerState;
     /// The application in front, and the callback that reports activations while watched.
     std::optional<ContextApp> front;
     std::function<void(const ContextApp&)> activated;
@@ -108,7 +108,7 @@ private:
     std::optional<ScreenInfo> screenOf(const QRect& rect) override;
     void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
     void stop() override { clickCallback = nullptr; }
-    int pressedButtons() override { return buttons; }
+    PointerState pointer() override { return pointerState; }
     bool isAvailable() override { return true; }
     std::optional<ContextApp> current() override { return front; }
     void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }

@@ -2,8 +2,12 @@
 
 #include "platform/x11/XcbHandles.h"
 
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <cstdlib>
 #include <xcb/xinput.h>
 
 namespace {
@@ -12,6 +16,32 @@ bool isReportedButton(std::uint32_t button)
 {
     // Left and right only: the middle button pastes, and 4 to 7 are wheel steps, which close nothing.
     return button == 1 || button == 3;
+}
+
+/// The server speaks in device pixels; the bar's geometry is in Qt's scaled ones. Qt keeps each screen's
+/// top-left corner as it is and divides the rest by the screen's scale, so the same is done here.
+QPoint toWindowCoordinates(QPoint device)
+{
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect scaled = screen->geometry();
+        const qreal ratio = screen->devicePixelRatio();
+        const QRect native(scaled.topLeft(), scaled.size() * ratio);
+        if (native.contains(device))
+            return scaled.topLeft() + (device - scaled.topLeft()) / ratio;
+    }
+    return device;
+}
+
+int qtButtons(std::uint16_t mask)
+{
+    int buttons = 0;
+    if (mask & XCB_BUTTON_MASK_1)
+        buttons |= Qt::LeftButton;
+    if (mask & XCB_BUTTON_MASK_2)
+        buttons |= Qt::MiddleButton;
+    if (mask & XCB_BUTTON_MASK_3)
+        buttons |= Qt::RightButton;
+    return buttons;
 }
 
 } // namespace
@@ -104,26 +134,23 @@ FacilityReach XInputClickMonitor::reach()
     return {FacilityReach::Scope::X11, {}};
 }
 
-int XInputClickMonitor::pressedButtons()
+PointerState XInputClickMonitor::pointer()
 {
     if (!connect())
-        return 0;
+        return {QCursor::pos(), 0};
     xcb_connection_t* connection = m_connection.get();
-    const auto pointer = adoptReply(
+    const auto reply = adoptReply(
         xcb_query_pointer_reply(connection, xcb_query_pointer(connection, rootWindow(connection)), nullptr));
-    // Waiting for the reply may have pulled presses into xcb's queue, where the socket notifier no longer
-    // sees them. They are handled from the event loop, not in the middle of the caller's poll.
-    QTimer::singleShot(0, m_notifier.get(), [this] { drain(); });
-    if (!pointer)
-        return 0;
-    int buttons = 0;
-    if (pointer->mask & XCB_BUTTON_MASK_1)
-        buttons |= Qt::LeftButton;
-    if (pointer->mask & XCB_BUTTON_MASK_2)
-        buttons |= Qt::MiddleButton;
-    if (pointer->mask & XCB_BUTTON_MASK_3)
-        buttons |= Qt::RightButton;
-    return buttons;
+    // Waiting for the reply may have read presses off the socket into xcb's queue. They are kept and
+    // handled from the event loop, not in the middle of the caller's poll; nothing is scheduled when none
+    // came, so that a tick costs one round trip and no extra wake-up.
+    while (xcb_generic_event_t* event = xcb_poll_for_queued_event(connection))
+        m_queued.emplace_back(event, std::free);
+    if (!m_queued.empty())
+        QTimer::singleShot(0, m_notifier.get(), [this] { drain(); });
+    if (!reply)
+        return {QCursor::pos(), 0};
+    return {toWindowCoordinates(QPoint(reply->root_x, reply->root_y)), qtButtons(reply->mask)};
 }
 
 void XInputClickMonitor::drain()
@@ -131,28 +158,38 @@ void XInputClickMonitor::drain()
     xcb_connection_t* connection = m_connection.get();
     if (!connection)
         return;
-    while (const auto event = adoptReply(xcb_poll_for_event(connection))) {
-        if ((event->response_type & 0x7f) != XCB_GE_GENERIC)
-            continue;
-        const auto* generic = reinterpret_cast<const xcb_ge_generic_event_t*>(event.get());
-        if (generic->extension != m_xinputOpcode || generic->event_type != XCB_INPUT_RAW_BUTTON_PRESS)
-            continue;
-        // Presses still queued from before stop() are dropped here.
-        if (!m_pressed)
-            continue;
-        const auto* press = reinterpret_cast<const xcb_input_raw_button_press_event_t*>(event.get());
-        if (!isReportedButton(press->detail))
-            continue;
-        // Raw events carry no position; the pointer has hardly moved since the press.
-        const auto pointer = adoptReply(xcb_query_pointer_reply(
-            connection, xcb_query_pointer(connection, rootWindow(connection)), nullptr));
-        if (!pointer)
-            continue;
-        // A copy: the callback may well stop or restart the monitor.
-        const auto pressed = m_pressed;
-        pressed(QPoint(pointer->root_x, pointer->root_y));
+    while (!m_queued.empty()) {
+        const auto event = std::move(m_queued.front());
+        m_queued.pop_front();
+        handle(event.get());
     }
+    while (const auto event = adoptReply(xcb_poll_for_event(connection)))
+        handle(event.get());
     // The server went away: a closed socket stays readable and would spin the event loop.
     if (xcb_connection_has_error(connection))
         m_notifier->setEnabled(false);
+}
+
+void XInputClickMonitor::handle(const xcb_generic_event_t* event)
+{
+    if ((event->response_type & 0x7f) != XCB_GE_GENERIC)
+        return;
+    const auto* generic = reinterpret_cast<const xcb_ge_generic_event_t*>(event);
+    if (generic->extension != m_xinputOpcode || generic->event_type != XCB_INPUT_RAW_BUTTON_PRESS)
+        return;
+    // Presses still queued from before stop() are dropped here.
+    if (!m_pressed)
+        return;
+    const auto* press = reinterpret_cast<const xcb_input_raw_button_press_event_t*>(event);
+    if (!isReportedButton(press->detail))
+        return;
+    // Raw events carry no position; the pointer has hardly moved since the press.
+    xcb_connection_t* connection = m_connection.get();
+    const auto pointer = adoptReply(
+        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, rootWindow(connection)), nullptr));
+    if (!pointer)
+        return;
+    // A copy: the callback may well stop or restart the monitor.
+    const auto pressed = m_pressed;
+    pressed(toWindowCoordinates(QPoint(pointer->root_x, pointer->root_y)));
 }

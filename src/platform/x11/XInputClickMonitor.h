@@ -3,10 +3,11 @@
 #include "platform/ClickMonitor.h"
 
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <xcb/xcb.h>
 
 class QSocketNotifier;
-struct xcb_connection_t;
 
 /// Raw button presses from XInput 2 on a connection of its own, so that Qt's XI2 handling on its
 /// connection never sees them. Raw events reach a client that does not grab the pointer, and leave the
@@ -19,7 +20,7 @@ public:
 
     void start(std::function<void(QPoint)> pressed) override;
     void stop() override;
-    int pressedButtons() override;
+    PointerState pointer() override;
     bool isAvailable() override { return connect(); }
     FacilityReach reach() override;
 
@@ -27,6 +28,7 @@ private:
     bool connect();
     void select(bool presses);
     void drain();
+    void handle(const xcb_generic_event_t* event);
 
     struct Disconnect
     {
@@ -35,6 +37,8 @@ private:
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::function<void(QPoint)> m_pressed;
+    /// Events a pointer query's wait pulled off the socket, where the notifier no longer sees them.
+    std::deque<std::unique_ptr<xcb_generic_event_t, void (*)(void*)>> m_queued;
     std::uint8_t m_xinputOpcode = 0;
     bool m_triedToConnect = false;
 };
