@@ -9,14 +9,14 @@ build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qp
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
     libxcb-xinput-dev libxcb-shape0-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
-# openbox for every end-to-end test; xfwm4 and i3 for the part of the window-manager matrix
+# openbox for every end-to-end test; xfwm4, fluxbox and i3 for the part of the window-manager matrix
 # `make test` runs; mutter, weston and xwayland for the headless Wayland sessions; the validators of the
 # desktop entry, AppStream data and manual page, and dpkg-dev for the package.
-test_packages=(clang-format xvfb xauth openbox xfwm4 i3-wm xdotool x11-utils x11-xserver-utils xclip
+test_packages=(clang-format xvfb xauth openbox xfwm4 fluxbox i3-wm xdotool x11-utils x11-xserver-utils xclip
     imagemagick trayer desktop-file-utils appstream man-db groff-base dpkg-dev mutter weston xwayland)
 # The rest of the window managers of the matrix. marco aborts without the MATE mouse settings schema, which
 # comes with the settings daemon's data, not with marco itself.
-desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm fluxbox)
+desktop_packages=(mutter kwin-x11 marco mate-settings-daemon-common metacity icewm)
 # libFuzzer and the sanitizers' run-time come with clang.
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 # dpkg-shlibdeps works out what the package depends on.

@@ -211,7 +211,7 @@ void AppDelegate::reloadBar()
     if (size.width() <= 0)
         return;
     const QRect available = screen ? screen->available : frame;
-    m_panel->setGeometry(Geometry::refit(frame, size, available));
+    m_panel->setFrame(Geometry::refit(frame, size, available));
 }
 
 void AppDelegate::barMoved()

@@ -17,7 +17,8 @@ BarPanel::BarPanel(PanelWindows& windows, const QString& title)
     setFocusPolicy(Qt::NoFocus);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    // The panel's size is set in setFrame() only, where the order of size hints and request is kept.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
 }
 
 void BarPanel::setContent(QWidget* content)
@@ -29,12 +30,25 @@ void BarPanel::setContent(QWidget* content)
     m_content = content;
     layout()->addWidget(content);
     layout()->activate();
-    adjustSize();
+    setFrame(QRect(pos(), fittingSize()));
 }
 
 QSize BarPanel::fittingSize() const
 {
     return m_content ? m_content->sizeHint() : QSize();
+}
+
+void BarPanel::setFrame(const QRect& frame)
+{
+    // A window manager holds every request to the size hints it knows. Fixing the new size first would
+    // send a request between hints that still bound the old size (Qt raises the minimum, then resizes,
+    // then lowers the maximum), and fluxbox keeps a growing bar at its old width for good. So the hints
+    // first open up to cover the old and the new size, then the window takes its frame, then the hints
+    // close on the new size.
+    setMinimumSize(frame.size().boundedTo(size()));
+    setMaximumSize(frame.size().expandedTo(size()));
+    setGeometry(frame);
+    setFixedSize(frame.size());
 }
 
 void BarPanel::showPanel()

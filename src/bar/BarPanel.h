@@ -18,6 +18,8 @@ public:
     QWidget* content() const { return m_content; }
     /// The size the content wants.
     QSize fittingSize() const;
+    /// Moves and sizes the panel; its size stays fixed for the window manager.
+    void setFrame(const QRect& frame);
     /// Shows the panel with its window-manager properties, which an earlier hide has cleared.
     void showPanel();
     /// Without a compositor a transparent window still shows: an empty shape hides it in place.
