@@ -68,10 +68,15 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
     connect(&m_drag, &DragState::changed, this, &BarView::dragChanged);
 }
 
+bool BarView::hasChevron(const ButtonSpec& spec)
+{
+    return spec.isGroup() || spec.action == QLatin1String("folder");
+}
+
 ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
 {
     std::optional<QString> chevron;
-    if (spec.isGroup() || spec.action == QLatin1String("folder"))
+    if (hasChevron(spec))
         chevron = SymbolNames::chevron(expandsUp);
     auto* chip = new ChipLabel(spec, chevron, false, this);
     const BarHandlers& handlers = m_handlers;
@@ -101,21 +106,19 @@ void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextB
 
     const QList<ButtonSpec> specs = config.buttons + contextButtons;
     const qsizetype contextStart = config.buttons.size();
-    QList<ChipLabel*> chips;
     QList<int> widths;
-    for (const ButtonSpec& spec : specs) {
-        chips.append(makeChip(spec, expandsUp));
-        widths.append(chips.last()->sizeHint().width());
-    }
-    const auto overflowWidth = ChipLabel(overflowSpec(0), std::nullopt, false).sizeHint().width();
+    widths.reserve(specs.size());
+    for (const ButtonSpec& spec : specs)
+        widths.append(ChipLabel::sizeFor(spec, hasChevron(spec), devicePixelRatioF()).width());
+    const auto overflowWidth = ChipLabel::sizeFor(overflowSpec(0), false, devicePixelRatioF()).width();
     const Overflow::Row metrics{2 * rowMargin, rowSpacing, m_grip->sizeHint().width(), separatorWidth,
                                 overflowWidth};
     const qsizetype shown = Overflow::chipsOnBar(widths, contextStart, metrics, maxWidth);
-    for (qsizetype i = shown; i < chips.size(); ++i) {
-        m_overflowed.append(specs.at(i));
-        delete chips.at(i); // made only to be measured
-    }
-    chips.resize(shown);
+    // Only the chips that fit are made: the rest wait in the overflow's list.
+    QList<ChipLabel*> chips;
+    for (qsizetype i = 0; i < shown; ++i)
+        chips.append(makeChip(specs.at(i), expandsUp));
+    m_overflowed = specs.mid(shown);
 
     auto* row = static_cast<QHBoxLayout*>(layout());
     for (qsizetype i = 0; i < chips.size(); ++i) {

@@ -50,6 +50,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    static bool hasChevron(const ButtonSpec& spec);
     ChipLabel* makeChip(const ButtonSpec& spec, bool expandsUp);
     void dragChanged();
     void publishFrames();

@@ -61,24 +61,29 @@ void ChipLabel::setHighlighted(bool on)
     update();
 }
 
-int ChipLabel::iconWidth() const
+int ChipLabel::iconWidth(const ButtonSpec& spec, qreal devicePixelRatio)
 {
-    if (m_spec.iconPath)
+    if (spec.iconPath)
         return iconSize;
-    if (m_spec.symbol.isEmpty())
+    if (spec.symbol.isEmpty())
         return 0;
-    if (!SymbolView::icon(m_spec.symbol, Look::textColor(), iconSize, devicePixelRatioF()).isNull())
+    if (!SymbolView::icon(spec.symbol, Look::textColor(), iconSize, devicePixelRatio).isNull())
         return iconSize;
-    return QFontMetrics(Look::font(emojiPoints)).horizontalAdvance(m_spec.symbol);
+    return QFontMetrics(Look::font(emojiPoints)).horizontalAdvance(spec.symbol);
 }
 
 QSize ChipLabel::sizeHint() const
 {
+    return sizeFor(m_spec, m_chevron.has_value(), devicePixelRatioF());
+}
+
+QSize ChipLabel::sizeFor(const ButtonSpec& spec, bool chevron, qreal devicePixelRatio)
+{
     const QFontMetrics metrics(titleFont());
-    int width = paddingX * 2 + metrics.horizontalAdvance(m_spec.title);
-    if (const int icon = iconWidth(); icon > 0)
+    int width = paddingX * 2 + metrics.horizontalAdvance(spec.title);
+    if (const int icon = iconWidth(spec, devicePixelRatio); icon > 0)
         width += icon + iconGap;
-    if (m_chevron)
+    if (chevron)
         width += chevronGap + chevronSize;
     const int height = std::max(iconSize, metrics.height()) + paddingY * 2;
     return {width, height};

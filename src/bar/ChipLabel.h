@@ -28,6 +28,9 @@ public:
     void forwardDrags(const BarHandlers& handlers);
 
     QSize sizeHint() const override;
+    /// The size a chip for `spec` takes, measured without making one: a bar of a thousand buttons
+    /// measures them all to find how many fit.
+    static QSize sizeFor(const ButtonSpec& spec, bool chevron, qreal devicePixelRatio);
     QSize minimumSizeHint() const override { return sizeHint(); }
 
     /// How far a press must move before it becomes a drag.
@@ -41,7 +44,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    int iconWidth() const;
+    static int iconWidth(const ButtonSpec& spec, qreal devicePixelRatio);
 
     ButtonSpec m_spec;
     std::optional<QString> m_chevron;
