@@ -89,9 +89,18 @@ stop() {
 }
 
 pss_mb() { awk '/^Pss:/ { printf "%.2f", $2 / 1024 }' "/proc/$1/smaps_rollup"; }
-# Nanoseconds on the CPU and voluntary context switches, of all of a process's threads so far.
-cpu_ns() { cat /proc/"$1"/task/*/schedstat | awk '{ s += $1 } END { printf "%d", s }'; }
-wakeups() { cat /proc/"$1"/task/*/status | awk '/^voluntary_ctxt_switches/ { s += $2 } END { print s }'; }
+# Nanoseconds on the CPU and voluntary context switches so far, one "thread value" line per thread: a
+# thread that ends between two readings takes its counts with it, so readings are compared thread by thread.
+cpu_ns() {
+    for task in /proc/"$1"/task/*; do echo "${task##*/} $(cut -d' ' -f1 "$task/schedstat" 2>/dev/null)"; done
+}
+wakeups() {
+    for task in /proc/"$1"/task/*; do
+        echo "${task##*/} $(awk '/^voluntary_ctxt_switches/ { print $2 }' "$task/status" 2>/dev/null)"
+    done
+}
+# What the threads alive at the second reading did since the first (a new thread: all of its counts).
+grown() { awk 'NR == FNR { before[$1] = $2; next } $2 != "" { s += $2 - before[$1] } END { print s + 0 }' "$1" "$2"; }
 
 # A bar of one chip.
 chip() {
@@ -135,20 +144,21 @@ idle_qt=$pid
 launch "$build/bench/bench_xlibwindow"
 idle_xlib=$pid
 sleep 5 # the hidden bar fades out after 1.5 s
-declare -A cpu_before wake_before
 for window in $(seq "$idle_windows"); do
     for subject in off hidden shown qt xlib; do
         p=idle_$subject
-        cpu_before[$subject]=$(cpu_ns "${!p}")
-        wake_before[$subject]=$(wakeups "${!p}")
+        cpu_ns "${!p}" >"$work/cpu.$subject"
+        wakeups "${!p}" >"$work/wake.$subject"
     done
     sleep "$idle_s"
     for subject in off hidden shown qt xlib; do
         p=idle_$subject
-        record "idlecpu.$subject" "$(awk -v a="${cpu_before[$subject]}" -v b="$(cpu_ns "${!p}")" -v s="$idle_s" \
-            'BEGIN { printf "%.3f", (b - a) / 1e6 * 30 / s }')"
-        record "idlewake.$subject" "$(awk -v a="${wake_before[$subject]}" -v b="$(wakeups "${!p}")" -v s="$idle_s" \
-            'BEGIN { printf "%.3f", (b - a) / s }')"
+        cpu_ns "${!p}" >"$work/cpu.$subject.after"
+        wakeups "${!p}" >"$work/wake.$subject.after"
+        record "idlecpu.$subject" "$(grown "$work/cpu.$subject" "$work/cpu.$subject.after" |
+            awk -v s="$idle_s" '{ printf "%.3f", $1 / 1e6 * 30 / s }')"
+        record "idlewake.$subject" "$(grown "$work/wake.$subject" "$work/wake.$subject.after" |
+            awk -v s="$idle_s" '{ printf "%.3f", $1 / s }')"
     done
 done
 hidden_opacity=$(xprop -id "$("$xwatch" window "$idle_hidden")" _NET_WM_WINDOW_OPACITY 2>/dev/null)
