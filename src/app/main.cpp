@@ -20,6 +20,26 @@
 
 namespace {
 
+/// Key synthesis, the hot key and dock windows are X11 facilities; under Wayland, XWayland has them. The
+/// choice is for the bar alone: set while the application is made, then the user's own value (or none)
+/// comes back, so that Qt programs started from chips run as the session would run them.
+std::optional<QByteArray> forceX11()
+{
+    std::optional<QByteArray> before;
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        before = qgetenv("QT_QPA_PLATFORM");
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    return before;
+}
+
+void restore(const std::optional<QByteArray>& platformChoice)
+{
+    if (platformChoice)
+        qputenv("QT_QPA_PLATFORM", *platformChoice);
+    else
+        qunsetenv("QT_QPA_PLATFORM");
+}
+
 /// "--probe" and "--probe-prompt" report on the session and exit; they need the display only when
 /// there is one, so that a missing display is itself reported.
 int runProbe(int argc, char* argv[], bool prompt)
@@ -27,8 +47,9 @@ int runProbe(int argc, char* argv[], bool prompt)
     const bool display = !desktopUnavailableReason();
     std::unique_ptr<QCoreApplication> application;
     if (display) {
-        qputenv("QT_QPA_PLATFORM", "xcb");
+        const std::optional<QByteArray> platformChoice = forceX11();
         application = std::make_unique<QApplication>(argc, argv);
+        restore(platformChoice);
     } else {
         application = std::make_unique<QCoreApplication>(argc, argv);
     }
@@ -97,9 +118,9 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "vantril: %s\n", qPrintable(*reason));
         return 1;
     }
-    // Key synthesis, the hot key and dock windows are X11 facilities; under Wayland, XWayland has them.
-    qputenv("QT_QPA_PLATFORM", "xcb");
+    const std::optional<QByteArray> platformChoice = forceX11();
     QApplication application(argc, argv);
+    restore(platformChoice);
     QApplication::setApplicationName(QStringLiteral("vantril"));
     QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("vantril"));

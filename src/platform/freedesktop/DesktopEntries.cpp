@@ -1,10 +1,10 @@
 #include "DesktopEntries.h"
 
 #include "platform/DesktopEntryFile.h"
+#include "platform/freedesktop/DetachedProcess.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QStandardPaths>
 #include <algorithm>
 #include <gio/gdesktopappinfo.h>
@@ -227,7 +227,7 @@ bool launch(const QString& name, const QStringList& files)
     if (target.app)
         return launchEntry(target.app.get(), files);
     if (!target.program.isEmpty())
-        return QProcess::startDetached(target.program, files);
+        return DetachedProcess::start(target.program, files);
     return false;
 }
 

@@ -2,18 +2,17 @@
 
 #include "platform/FileKind.h"
 #include "platform/freedesktop/DesktopEntries.h"
+#include "platform/freedesktop/DetachedProcess.h"
 
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <pwd.h>
 #include <unistd.h>
 
 void DesktopLauncher::startDetached(const QString& program, const QStringList& arguments)
 {
-    // A double fork: the child is adopted by init, so no zombie is left and nothing is waited for.
-    QProcess::startDetached(program, arguments);
+    DetachedProcess::start(program, arguments);
 }
 
 QString DesktopLauncher::loginShell()
