@@ -36,7 +36,7 @@ private Q_SLOTS:
 
 namespace {
 
-ButtonSpec button(const QString& action, std::optional<QString> argument)
+ButtonSpec acting(const QString& action, std::optional<QString> argument)
 {
     ButtonSpec spec;
     spec.title = QStringLiteral("t");
@@ -50,7 +50,7 @@ QStringList run(const QString& action, std::optional<QString> argument, FakePlat
     FakePlatform own;
     FakePlatform& target = platform ? *platform : own;
     target.calls.clear();
-    Actions(target, &target.question()).run(button(action, std::move(argument)));
+    Actions(target, &target.question()).run(acting(action, std::move(argument)));
     return target.calls;
 }
 
@@ -163,9 +163,9 @@ void TestActions::openingNeverRunsAProgram()
                                   [&](const ButtonSpec& spec) { return spec.title == name; });
     QVERIFY(row != listing.end());
     const QList<std::pair<const char*, ButtonSpec>> ways = {
-        {"an \"open\" chip", button(QStringLiteral("open"), path)},
+        {"an \"open\" chip", acting(QStringLiteral("open"), path)},
         {"a \"url\" chip with a file address",
-         button(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
+         acting(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
         {"a folder listing's row", *row},
         {"a chip made by a drop", dropped.buttons.first()},
     };
@@ -188,7 +188,7 @@ void TestActions::openingNeverRunsAProgram()
 
     // Nobody to ask: nothing runs either.
     platform.calls.clear();
-    Actions(platform).run(button(QStringLiteral("open"), path));
+    Actions(platform).run(acting(QStringLiteral("open"), path));
     QCOMPARE(platform.calls, mode == 0 ? QStringList{QStringLiteral("beep")}
                              : program ? QStringList()
                                        : QStringList{opened});
@@ -262,7 +262,7 @@ void TestActions::newFolderNeverOverwrites()
     QVERIFY(
         QFile::link(QStringLiteral("/nonexistent"), desktop.filePath(QStringLiteral("untitled folder 3"))));
     for (int i = 0; i < 3; ++i)
-        Actions(platform).run(button(QStringLiteral("newFolder"), std::nullopt));
+        Actions(platform).run(acting(QStringLiteral("newFolder"), std::nullopt));
     const QString base = desktop.filePath(QStringLiteral("untitled folder"));
     QCOMPARE(platform.calls, (QStringList{QStringLiteral("reveal ") + base,
                                           QStringLiteral("reveal ") + base + QStringLiteral(" 4"),
@@ -274,7 +274,7 @@ void TestActions::newFolderNeverOverwrites()
     // An argument is ignored; a folder that cannot be made is not revealed.
     platform.calls.clear();
     platform.desktop = desktop.filePath(QStringLiteral("missing/deeper"));
-    Actions(platform).run(button(QStringLiteral("newFolder"), QStringLiteral("ignored")));
+    Actions(platform).run(acting(QStringLiteral("newFolder"), QStringLiteral("ignored")));
     QCOMPARE(platform.calls, QStringList());
 }
 
@@ -302,7 +302,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     FakePlatform platform;
     platform.clipboardText = QStringLiteral("user text");
     Actions actions(platform);
-    actions.run(button(QStringLiteral("paste"), QStringLiteral("Hello")));
+    actions.run(acting(QStringLiteral("paste"), QStringLiteral("Hello")));
     QCOMPARE(platform.calls,
              (QStringList{QStringLiteral("clipboard clear"), QStringLiteral("clipboard set Hello"),
                           QStringLiteral("post key=9 flags=262144")}));
@@ -315,7 +315,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
     platform.calls.clear();
     actions.keys().setPasteKeys(QStringLiteral("ctrl+shift+v"));
-    actions.run(button(QStringLiteral("paste"), QStringLiteral("ls")));
+    actions.run(acting(QStringLiteral("paste"), QStringLiteral("ls")));
     QCOMPARE(platform.calls.last(), QStringLiteral("post key=9 flags=393216"));
 }
 

@@ -9,10 +9,10 @@
 #include "StrayPrograms.h"
 #include "TestSupport.h"
 #include "bar/BarView.h"
-#include "bar/Geometry.h"
 #include "bar/RunQuestionBox.h"
 #include "config/ConfigReader.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -20,24 +20,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
 
 namespace {
-
-QJsonObject jsonObject(const QByteArray& bytes)
-{
-    return QJsonDocument::fromJson(bytes).object();
-}
-
-QStringList setNames(const QJsonObject& config)
-{
-    QStringList names;
-    for (const QJsonValue& set : config.value(QStringLiteral("appSets")).toArray())
-        names.append(set.toObject().value(QStringLiteral("name")).toString());
-    return names;
-}
 
 /// Where the Run button sits in the program's question about `name`, a window of `size`: the same
 /// question asked in this process, with the program's style, fonts and icon theme, as BarLayout lays
@@ -83,22 +69,15 @@ private Q_SLOTS:
     void cleanup() { m_home.reset(); }
 
     void defaultPlaceIsBottomCentre();
-    void topPlaceIsBelowTheTopEdge();
     void windowTellsTheWindowManagerItIsADock();
     void startUpAndProbeTellHowFarFacilitiesReach();
     void clickLeavesTheActiveWindowAlone();
     void keysAndPasteChipsTypeIntoTheFrontWindow();
     void stackOpensAboveItsChipAndCloses();
-    void openAtStartUpNeedsNoClick();
     void movedBarComesBackWhereItWasLeft();
     void gripDragMovesBarAndTurnsFlyoutsDown();
-    void folderListingNavigatesDownAndUp();
     void openingAProgramAsksFirst_data();
     void openingAProgramAsksFirst();
-    void firstLaunchWritesDefaultsAndOneBackup();
-    void presetsRestoreAndRemoveAtStartUp();
-    void unreadableFileIsKeptAndDefaultsShown();
-    void crowdedBarStaysOnScreenWithEveryChipReachable();
 
 private:
     std::unique_ptr<TestHome> m_home;
@@ -134,22 +113,6 @@ void TestBarEndToEnd::defaultPlaceIsBottomCentre()
     QCOMPARE(frameOf(*bar).width(), layoutOf(Config::defaults()).width); // the default buttons, no more
 }
 
-void TestBarEndToEnd::topPlaceIsBelowTheTopEdge()
-{
-    RunningBar vantril(*m_home, {{QStringLiteral("VANTRIL_TOP"), QStringLiteral("1")}});
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-
-    const QRect area = workArea();
-    const auto placed = [&] {
-        const QRect frame = frameOf(*bar);
-        const int centredX = qRound(area.x() + area.width() / 2.0 - frame.width() / 2.0);
-        return frame.height() == BarView::barHeight && frame.y() == area.y() + 6 &&
-               qAbs(frame.x() - centredX) <= 1;
-    };
-    QVERIFY2(waitFor(placed), qPrintable(describe(frameOf(*bar))));
-}
-
 void TestBarEndToEnd::windowTellsTheWindowManagerItIsADock()
 {
     RunningBar vantril(*m_home);
@@ -179,8 +142,9 @@ void TestBarEndToEnd::windowTellsTheWindowManagerItIsADock()
 
     // Above an application window that covers its place and is active.
     const QRect frame = frameOf(*bar);
-    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {m_home->path(QStringLiteral("presses.txt")),
-                                                        m_home->path(QStringLiteral("text.txt"))});
+    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
+                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
+                       m_home->path(QStringLiteral("text.txt"))});
     const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
     QVERIFY2(client, "keyprobe did not become the active window");
     const QString id = QString::number(*client);
@@ -283,8 +247,9 @@ void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
 
 void TestBarEndToEnd::clickLeavesTheActiveWindowAlone()
 {
-    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {m_home->path(QStringLiteral("presses.txt")),
-                                                        m_home->path(QStringLiteral("text.txt"))});
+    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
+                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
+                       m_home->path(QStringLiteral("text.txt"))});
     const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
     QVERIFY2(client, "keyprobe did not become the active window");
 
@@ -316,7 +281,7 @@ void TestBarEndToEnd::keysAndPasteChipsTypeIntoTheFrontWindow()
 {
     const QString presses = m_home->path(QStringLiteral("presses.txt"));
     const QString text = m_home->path(QStringLiteral("text.txt"));
-    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {presses, text});
+    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY), {QStringLiteral("keys"), presses, text});
     const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
     QVERIFY2(client, "keyprobe did not become the active window");
 
@@ -355,8 +320,9 @@ void TestBarEndToEnd::keysAndPasteChipsTypeIntoTheFrontWindow()
 
 void TestBarEndToEnd::stackOpensAboveItsChipAndCloses()
 {
-    TestProcess probe(QStringLiteral(KEYPROBE_BINARY), {m_home->path(QStringLiteral("presses.txt")),
-                                                        m_home->path(QStringLiteral("text.txt"))});
+    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
+                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
+                       m_home->path(QStringLiteral("text.txt"))});
     const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
     QVERIFY2(client, "keyprobe did not become the active window");
     RunningBar vantril(*m_home);
@@ -394,29 +360,6 @@ void TestBarEndToEnd::stackOpensAboveItsChipAndCloses()
     QVERIFY(clickAt(elsewhere));
     QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "a click elsewhere left the flyout open");
     QVERIFY(waitFor([&] { return frameOf(*bar) == barFrame; })); // the bar stays where it was
-}
-
-void TestBarEndToEnd::openAtStartUpNeedsNoClick()
-{
-    RunningBar vantril(*m_home, {{QStringLiteral("VANTRIL_OPEN"), QStringLiteral("Apps")}});
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-
-    std::optional<quintptr> flyout;
-    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }, 10000),
-             "VANTRIL_OPEN opened no flyout");
-    const BarLayout layout = layoutOf(Config::defaults());
-    const QRectF chip = layout.chips.value(QStringLiteral("Apps"));
-    const auto onApps = [&] {
-        const QRect barFrame = frameOf(*bar);
-        const QRect frame = frameOf(*flyout);
-        return qAbs(frame.x() + frame.width() / 2.0 - (barFrame.x() + chip.center().x())) <= 2 &&
-               frame.bottom() + 1 == barFrame.y() - 4;
-    };
-    QVERIFY2(
-        waitFor(onApps),
-        qPrintable(
-            QStringLiteral("flyout %1, bar %2").arg(describe(frameOf(*flyout)), describe(frameOf(*bar)))));
 }
 
 void TestBarEndToEnd::movedBarComesBackWhereItWasLeft()
@@ -476,66 +419,6 @@ void TestBarEndToEnd::gripDragMovesBarAndTurnsFlyoutsDown()
     QVERIFY2(
         waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
         qPrintable(QStringLiteral("flyout %1, bar %2").arg(describe(frameOf(*flyout)), describe(moved))));
-}
-
-void TestBarEndToEnd::folderListingNavigatesDownAndUp()
-{
-    const QString folder = m_home->path(QStringLiteral("listed"));
-    QVERIFY(QDir().mkpath(QDir(folder).filePath(QStringLiteral("sub"))));
-    QVERIFY(writeAll(QDir(folder).filePath(QStringLiteral("a.txt")), "a"));
-    QVERIFY(writeAll(QDir(folder).filePath(QStringLiteral("b.txt")), "b"));
-    QVERIFY(writeAll(QDir(folder).filePath(QStringLiteral("sub/c.txt")), "c"));
-
-    const QJsonObject button = {{QStringLiteral("title"), QStringLiteral("Listed")},
-                                {QStringLiteral("symbol"), QStringLiteral("folder")},
-                                {QStringLiteral("action"), QStringLiteral("folder")},
-                                {QStringLiteral("argument"), folder}};
-    QVERIFY(m_home->writeButtons(
-        QJsonDocument(QJsonObject{{QStringLiteral("buttons"), QJsonArray{button}}}).toJson()));
-
-    RunningBar vantril(*m_home, {{QStringLiteral("VANTRIL_OPEN"), QStringLiteral("Listed")}});
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-    std::optional<quintptr> flyout;
-    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }),
-             "the folder did not open");
-
-    // "Open in File Manager", sub, a.txt, b.txt: four rows of one height between 8 pixel margins, 6 apart.
-    // The row height comes from this measurement rather than from font metrics.
-    QVERIFY(waitFor([&] { return frameOf(*flyout).height() > 16; }));
-    const QRect top = frameOf(*flyout);
-    const double rowHeight = (top.height() - 2 * 8 - 3 * 6) / 4.0;
-    QVERIFY2(rowHeight >= 16 && rowHeight == std::floor(rowHeight), qPrintable(describe(top)));
-    const int pitch = int(rowHeight) + 6;
-    const auto rowCentre = [&](const QRect& frame, int row) {
-        return QPoint(frame.x() + frame.width() / 2, frame.y() + 8 + row * pitch + int(rowHeight) / 2);
-    };
-    // One row fewer: "Open in File Manager", the way back up, c.txt.
-    const int subHeight = top.height() - pitch;
-
-    QVERIFY(clickAt(rowCentre(top, 1)));
-    std::optional<quintptr> inner;
-    QVERIFY2(waitFor([&] {
-                 inner = vantril.shownFlyout();
-                 return inner && frameOf(*inner).height() == subHeight;
-             }),
-             qPrintable(QStringLiteral("expected a flyout %1 high, have %2")
-                            .arg(subHeight)
-                            .arg(inner ? describe(frameOf(*inner)) : QStringLiteral("none"))));
-    // Still above the bar, where the folder's chip is.
-    const QRect innerFrame = frameOf(*inner);
-    QCOMPARE(innerFrame.bottom() + 1, frameOf(*bar).y() - 4);
-
-    QVERIFY(clickAt(rowCentre(innerFrame, 1)));
-    std::optional<quintptr> back;
-    QVERIFY2(waitFor([&] {
-                 back = vantril.shownFlyout();
-                 return back && frameOf(*back).height() == top.height();
-             }),
-             qPrintable(QStringLiteral("expected a flyout %1 high, have %2")
-                            .arg(top.height())
-                            .arg(back ? describe(frameOf(*back)) : QStringLiteral("none"))));
-    QVERIFY(vantril.isRunning());
 }
 
 void TestBarEndToEnd::openingAProgramAsksFirst_data()
@@ -615,164 +498,6 @@ void TestBarEndToEnd::openingAProgramAsksFirst()
     QVERIFY(run);
     QVERIFY(clickAt(frame.topLeft() + *run));
     QVERIFY2(waitFor([&] { return QFile::exists(markerOf(file)); }), "Run started nothing");
-}
-
-void TestBarEndToEnd::firstLaunchWritesDefaultsAndOneBackup()
-{
-    RunningBar vantril(*m_home);
-    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const QByteArray defaults = Config::encoded(Config::defaults());
-    QVERIFY2(waitFor([&] { return m_home->buttons() == defaults; }), m_home->buttons().constData());
-    // The backup is taken before the bar is shown.
-    const QStringList backups = entries(m_home->backupsDir());
-    QCOMPARE(backups.size(), 1);
-    QVERIFY2(QRegularExpression(QStringLiteral("^buttons-\\d{4}-\\d\\d-\\d\\d-\\d{6}\\.json$"))
-                 .match(backups.first())
-                 .hasMatch(),
-             qPrintable(backups.first()));
-    QCOMPARE(readAll(QDir(m_home->backupsDir()).filePath(backups.first())), defaults);
-}
-
-void TestBarEndToEnd::presetsRestoreAndRemoveAtStartUp()
-{
-    std::optional<RunningBar> first(std::in_place, *m_home);
-    QVERIFY2(first->waitForBar(), "no bar window appeared");
-    const QByteArray defaults = Config::encoded(Config::defaults());
-    QVERIFY(waitFor([&] { return m_home->buttons() == defaults; }));
-    first.reset();
-
-    // Empty names and one that is no preset are passed over; the rest are added in order.
-    std::optional<RunningBar> second(
-        std::in_place, *m_home,
-        Variables{{QStringLiteral("VANTRIL_PRESET"), QStringLiteral(",Mail,,Nope, Music")}});
-    QVERIFY2(second->waitForBar(), "no bar window appeared");
-    const QStringList mailAndMusic = {QStringLiteral("Mail"), QStringLiteral("Music")};
-    QVERIFY2(waitFor([&] { return setNames(jsonObject(m_home->buttons())) == mailAndMusic; }),
-             m_home->buttons().constData());
-    second.reset();
-
-    // A backup with the Mail set alone, so that restoring it, then removing Mail, leaves no set behind.
-    QJsonObject withMail = jsonObject(m_home->buttons());
-    QJsonArray sets = withMail.value(QStringLiteral("appSets")).toArray();
-    sets.removeAt(1);
-    withMail.insert(QStringLiteral("appSets"), sets);
-    const QString restored = QStringLiteral("buttons-2020-01-01-000000.json");
-    QVERIFY(writeAll(QDir(m_home->backupsDir()).filePath(restored), QJsonDocument(withMail).toJson()));
-
-    RunningBar third(*m_home, {{QStringLiteral("VANTRIL_RESTORE"), restored},
-                               {QStringLiteral("VANTRIL_REMOVE_PRESET"), QStringLiteral("Mail")},
-                               {QStringLiteral("VANTRIL_PRESET"), QStringLiteral("Finder")}});
-    QVERIFY2(third.waitForBar(), "no bar window appeared");
-    const QJsonArray defaultButtons = jsonObject(defaults).value(QStringLiteral("buttons")).toArray();
-    QVERIFY2(waitFor([&] {
-                 const QJsonObject now = jsonObject(m_home->buttons());
-                 return setNames(now) == QStringList{QStringLiteral("Finder")} &&
-                        now.value(QStringLiteral("buttons")).toArray() == defaultButtons;
-             }),
-             m_home->buttons().constData());
-}
-
-void TestBarEndToEnd::unreadableFileIsKeptAndDefaultsShown()
-{
-    const QByteArray broken = "{ \"buttons\": [ this is not json\n";
-    QVERIFY(m_home->writeButtons(broken));
-
-    RunningBar vantril(*m_home);
-    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const QString message = QStringLiteral(
-        "buttons.json was unreadable and there is no backup; using defaults without overwriting it");
-    QVERIFY2(waitFor([&] { return vantril.log().split(QLatin1Char('\n')).contains(message); }),
-             qPrintable(vantril.log()));
-    QCOMPARE(vantril.log().split(QLatin1Char('\n')).count(message), 1);
-
-    // The defaults are on screen: the bar has their width.
-    QVERIFY(vantril.waitForWidth(layoutOf(Config::defaults()).width));
-
-    QCOMPARE(m_home->buttons(), broken);
-    const QStringList backups = entries(m_home->backupsDir());
-    QCOMPARE(backups.size(), 1);
-    QVERIFY2(backups.first().startsWith(QStringLiteral("invalid-")) &&
-                 backups.first().endsWith(QStringLiteral(".json")),
-             qPrintable(backups.first()));
-    QCOMPARE(readAll(QDir(m_home->backupsDir()).filePath(backups.first())), broken);
-}
-
-void TestBarEndToEnd::crowdedBarStaysOnScreenWithEveryChipReachable()
-{
-    // Sixty chips with long titles, far wider than the screen; each leaves its number in a file when tapped.
-    const QString taps = m_home->path(QStringLiteral("taps.txt"));
-    BarConfig config;
-    QHash<QString, int> numbers;
-    for (int i = 0; i < 60; ++i) {
-        const QString title = QStringLiteral("Chip %1 with a rather long title").arg(i);
-        config.buttons.append(ButtonSpec::make(title, QStringLiteral("star"), QStringLiteral("shell"),
-                                               QStringLiteral("echo %1 >> '%2'").arg(i).arg(taps)));
-        numbers.insert(title, i);
-    }
-    QVERIFY(m_home->writeButtons(Config::encoded(config)));
-    RunningBar vantril(*m_home, withoutFrontApp({{QStringLiteral("SHELL"), QStringLiteral("/bin/sh")}}));
-
-    // openbox reserves nothing, so the whole screen is the available area.
-    const QRect screen(0, 0, screenWidth, screenHeight);
-    const BarLayout layout = layoutOf(config, {}, screenWidth - 2 * Geometry::edgeGap);
-    QCOMPARE(layout.chips.size() + layout.overflowed.size(), 60);
-    QVERIFY(!layout.chips.isEmpty() && !layout.overflowed.isEmpty());
-    QVERIFY2(vantril.waitForBar(layout.width), "no bar of the expected width appeared");
-    const QRect barFrame = vantril.frame();
-    QVERIFY2(screen.contains(barFrame), qPrintable(describe(barFrame)));
-
-    const auto tapped = [&](int number) {
-        return waitFor([&] {
-            QFile file(taps);
-            return file.open(QIODevice::ReadOnly) &&
-                   file.readAll().split('\n').contains(QByteArray::number(number));
-        });
-    };
-    for (auto it = layout.chips.constBegin(); it != layout.chips.constEnd(); ++it) {
-        QVERIFY(clickAt(layout.centreOf(it.key(), barFrame)));
-        QVERIFY2(tapped(numbers.value(it.key())), qPrintable(it.key()));
-    }
-
-    // The rest are in the overflow chip's flyout, which stays on screen too, in as many columns as it needs.
-    const QPoint overflowChip = barFrame.topLeft() + layout.overflow.center().toPoint();
-    const FlyoutLayout flyout =
-        flyoutLayoutOf(layout.overflowed, Geometry::flyoutRoom(barFrame, screen, screen).value_or(0));
-    QVERIFY(flyout.size.height() < barFrame.y());
-    for (const ButtonSpec& spec : layout.overflowed) {
-        QVERIFY(clickAt(overflowChip));
-        std::optional<quintptr> window;
-        QVERIFY2(waitFor([&] {
-                     window = vantril.shownFlyout();
-                     return window && frameOf(*window).size() == flyout.size;
-                 }),
-                 qPrintable(QStringLiteral("expected a flyout of %1 × %2, have %3")
-                                .arg(flyout.size.width())
-                                .arg(flyout.size.height())
-                                .arg(window ? describe(frameOf(*window)) : QStringLiteral("none"))));
-        const QRect frame = frameOf(*window);
-        QVERIFY2(screen.contains(frame), qPrintable(describe(frame)));
-        QVERIFY(clickAt(frame.topLeft() + flyout.chips.value(spec.title).center().toPoint()));
-        QVERIFY2(tapped(numbers.value(spec.title)), qPrintable(spec.title));
-        QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the tap left the flyout open");
-    }
-
-    // A panel that takes 500 pixels on the right shrinks the work area: the bar gives up more chips.
-    TestProcess panel(QStringLiteral(APPWINDOW_BINARY), {QStringLiteral("Panel")});
-    const auto panelWindow = panel.waitForWindow(QStringLiteral("Panel"));
-    QVERIFY2(panelWindow, "the panel window did not appear");
-    QCOMPARE(
-        QProcess::execute(QStringLiteral("xprop"),
-                          {QStringLiteral("-id"), QString::number(*panelWindow), QStringLiteral("-f"),
-                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("32c"), QStringLiteral("-set"),
-                           QStringLiteral("_NET_WM_STRUT"), QStringLiteral("0, 500, 0, 0")}),
-        0);
-    const QRect narrower(0, 0, screenWidth - 500, screenHeight);
-    const BarLayout narrow = layoutOf(config, {}, narrower.width() - 2 * Geometry::edgeGap);
-    QVERIFY(narrow.overflowed.size() > layout.overflowed.size());
-    QVERIFY2(vantril.waitForWidth(narrow.width), qPrintable(describe(vantril.frame())));
-    QVERIFY2(waitFor([&] { return narrower.contains(frameOf(vantril.bar())); }),
-             qPrintable(describe(frameOf(vantril.bar()))));
-    QVERIFY(vantril.isRunning());
 }
 
 QTEST_MAIN(TestBarEndToEnd)

@@ -1,5 +1,17 @@
+// Changing the buttons: finding and replacing them by title, drags along the bar and into stacks, drops of
+// files and links, and where a tap on a chip or a flyout row leads.
+
+#include "TestSupport.h"
+#include "actions/Paths.h"
+#include "app/Preferences.h"
+#include "bar/SymbolNames.h"
+#include "bar/TapRouting.h"
+#include "dragdrop/DragEditing.h"
+#include "dragdrop/DropTarget.h"
 #include "dragdrop/Editing.h"
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 class TestEditing : public QObject
@@ -12,17 +24,30 @@ private Q_SLOTS:
     void replaceOverwritesInPlace();
     void uniqueTitleLooksEverywhereItShould();
     void isContextLooksOnlyInApplicationSets();
+
+private Q_SLOTS:
+    void barFrameGrowsByEightPixels();
+    void stackMiddlesAndApplicationMiddles();
+    void insertionIgnoresTheDraggedChip();
+    void markerSitsBesideItsNeighbour();
+    void draggingFeedbackRespectsLocksAndSets();
+    void reorderingAlongTheBar();
+    void movingIntoAndOutOfStacks();
+    void droppedFilesAndLinksBecomeButtons();
+
+private Q_SLOTS:
+    void barTapsOpenCloseOrRun();
+    void flyoutRowsWalkListingsInPlace();
+    void symbolsMapToThemeIconsOrText();
+    void savedPositionNeedsBothFractions();
 };
 
 namespace {
 
-ButtonSpec button(const QString& title, const QString& symbol = QString())
+/// An "open" button told apart from others of its title by its symbol.
+ButtonSpec symbolled(const QString& title, const QString& symbol)
 {
-    ButtonSpec spec;
-    spec.title = title;
-    spec.symbol = symbol;
-    spec.action = QStringLiteral("open");
-    return spec;
+    return ButtonSpec::make(title, symbol, QStringLiteral("open"));
 }
 
 ButtonSpec stack(const QString& title, QList<ButtonSpec> members)
@@ -38,20 +63,20 @@ BarConfig sample()
 {
     BarConfig config;
     config.buttons = {
-        button(QStringLiteral("A"), QStringLiteral("top")),
-        stack(QStringLiteral("S1"), {button(QStringLiteral("B"), QStringLiteral("s1")),
+        symbolled(QStringLiteral("A"), QStringLiteral("top")),
+        stack(QStringLiteral("S1"), {symbolled(QStringLiteral("B"), QStringLiteral("s1")),
                                      stack(QStringLiteral("Inner"), {button(QStringLiteral("Deep"))})}),
-        stack(QStringLiteral("S2"), {button(QStringLiteral("B"), QStringLiteral("s2")),
-                                     button(QStringLiteral("C"), QStringLiteral("s2"))}),
+        stack(QStringLiteral("S2"), {symbolled(QStringLiteral("B"), QStringLiteral("s2")),
+                                     symbolled(QStringLiteral("C"), QStringLiteral("s2"))}),
         button(QStringLiteral("Notes")),
     };
     config.appSets = QList<AppSet>{
         {QStringLiteral("x"),
          QStringLiteral("X"),
-         {button(QStringLiteral("C"), QStringLiteral("set")),
-          button(QStringLiteral("A"), QStringLiteral("set")),
+         {symbolled(QStringLiteral("C"), QStringLiteral("set")),
+          symbolled(QStringLiteral("A"), QStringLiteral("set")),
           stack(QStringLiteral("SetStack"), {button(QStringLiteral("Hidden"))})}},
-        {QStringLiteral("y"), QStringLiteral("Y"), {button(QStringLiteral("D"), QStringLiteral("set2"))}},
+        {QStringLiteral("y"), QStringLiteral("Y"), {symbolled(QStringLiteral("D"), QStringLiteral("set2"))}},
     };
     return config;
 }
@@ -99,7 +124,7 @@ void TestEditing::detachTakesOnlyTheFirstMatch()
 void TestEditing::replaceOverwritesInPlace()
 {
     BarConfig config = sample();
-    ButtonSpec changed = button(QStringLiteral("B renamed"), QStringLiteral("new"));
+    ButtonSpec changed = symbolled(QStringLiteral("B renamed"), QStringLiteral("new"));
     QVERIFY(Editing::replace(config, QStringLiteral("B"), changed));
     QCOMPARE(config.buttons.at(1).children->at(0), changed);
     QCOMPARE(config.buttons.at(2).children->at(0).title, QStringLiteral("B")); // the second copy is untouched
@@ -148,6 +173,429 @@ void TestEditing::isContextLooksOnlyInApplicationSets()
     QVERIFY(!Editing::isContext(config, QStringLiteral("Hidden")));
     QVERIFY(!Editing::isContext(config, QStringLiteral("Notes")));
     QVERIFY(!Editing::isContext(BarConfig(), QStringLiteral("A")));
+}
+
+namespace {
+
+/// Five chips, each 80 wide with 8 between them, after the 34 pixels of margin and grip.
+BarConfig five()
+{
+    BarConfig cfg;
+    for (const char* title : {"1", "2", "3", "4", "5"})
+        cfg.buttons.append(button(QString::fromUtf8(title)));
+    return cfg;
+}
+
+QHash<QString, QRectF> framesOf(const BarConfig& cfg, const QList<ButtonSpec>& extra = {})
+{
+    QHash<QString, QRectF> frames;
+    double x = 34;
+    for (const QList<ButtonSpec>* list : {&cfg.buttons, &extra}) {
+        for (const ButtonSpec& spec : *list) {
+            frames.insert(spec.title, QRectF(x, 6, 80, 28));
+            x += 88;
+        }
+    }
+    return frames;
+}
+
+QStringList titles(const QList<ButtonSpec>& list)
+{
+    QStringList out;
+    for (const ButtonSpec& spec : list)
+        out.append(spec.title);
+    return out;
+}
+
+const QRectF bar(500, 800, 500, 40);
+
+} // namespace
+
+void TestEditing::barFrameGrowsByEightPixels()
+{
+    const BarConfig cfg = five();
+    const auto frames = framesOf(cfg);
+    const ButtonSpec dragged = cfg.buttons.at(2);
+    QCOMPARE(DropTargets::at(QPointF(600, 800 - 7), bar, dragged, cfg, frames).kind,
+             DropTarget::Kind::InsertAt);
+    QCOMPARE(DropTargets::at(QPointF(600, 800 - 9), bar, dragged, cfg, frames), DropTarget::outside());
+    QCOMPARE(DropTargets::at(QPointF(500 - 8, 820), bar, dragged, cfg, frames).kind,
+             DropTarget::Kind::InsertAt);
+    QCOMPARE(DropTargets::at(QPointF(1000 + 8, 820), bar, dragged, cfg, frames), DropTarget::outside());
+    // Converted to bar coordinates: x 534 is the left edge of the first chip.
+    QCOMPARE(DropTargets::at(QPointF(500 + 34 + 41, 820), bar, dragged, cfg, frames),
+             DropTarget::insertAt(1));
+}
+
+void TestEditing::stackMiddlesAndApplicationMiddles()
+{
+    BarConfig cfg = five();
+    cfg.buttons[1].action = QStringLiteral("group");
+    cfg.buttons[3].action = QStringLiteral("app");
+    const auto frames = framesOf(cfg); // "2" spans 122..202, "4" spans 298..378
+    const auto hit = [&](double x, double y, bool groups, bool apps) {
+        return DropTargets::local(QPointF(x, y), std::nullopt, groups, apps, cfg, {}, frames);
+    };
+    QCOMPARE(hit(162, 6 - 15, true, false),
+             DropTarget::intoGroup(QStringLiteral("2")));                // 15 above its middle
+    QCOMPARE(hit(122 + 15.9, 20, true, false), DropTarget::insertAt(1)); // its outer fifth
+    QCOMPARE(hit(122 + 16, 20, true, false), DropTarget::intoGroup(QStringLiteral("2")));
+    QCOMPARE(hit(202 - 16, 20, true, false),
+             DropTarget::insertAt(2)); // the far edge of the middle belongs outside
+    QCOMPARE(hit(162, 20, false, false), DropTarget::insertAt(1)); // a stack dragged onto a stack
+    QCOMPARE(hit(338, 20, true, true), DropTarget::openWith(QStringLiteral("4")));
+    QCOMPARE(hit(298 + 11, 20, true, true), DropTarget::insertAt(3)); // outside the middle 70 %
+    QCOMPARE(hit(338, 20, true, false), DropTarget::insertAt(3));     // its own midpoint is not "before"
+
+    // The front application's chips can be opened with, but are never insertion points.
+    const ButtonSpec editor = button(QStringLiteral("Editor"), QStringLiteral("app"));
+    const auto withSet = framesOf(cfg, {editor}); // "Editor" spans 474..554
+    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, true, cfg, {editor}, withSet),
+             DropTarget::openWith(QStringLiteral("Editor")));
+    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, false, cfg, {editor}, withSet),
+             DropTarget::insertAt(5));
+}
+
+void TestEditing::insertionIgnoresTheDraggedChip()
+{
+    const BarConfig cfg = five();
+    auto frames = framesOf(cfg);
+    // Slightly within its own slot: the index it already has once taken out.
+    QCOMPARE(DropTargets::local(QPointF(220, 20), QStringLiteral("3"), true, false, cfg, {}, frames),
+             DropTarget::insertAt(2));
+    QCOMPARE(DropTargets::local(QPointF(0, 20), QStringLiteral("3"), true, false, cfg, {}, frames),
+             DropTarget::insertAt(0));
+    // A chip without a frame is never counted.
+    frames.remove(QStringLiteral("1"));
+    QCOMPARE(DropTargets::local(QPointF(1000, 20), std::nullopt, true, false, cfg, {}, frames),
+             DropTarget::insertAt(4));
+    QCOMPARE(DropTargets::local(QPointF(10, 20), std::nullopt, true, false, BarConfig(), {}, {}),
+             DropTarget::insertAt(0));
+}
+
+void TestEditing::markerSitsBesideItsNeighbour()
+{
+    const BarConfig cfg = five();
+    const auto frames = framesOf(cfg);
+    using std::nullopt;
+    QCOMPARE(
+        DropTargets::feedback(DropTarget::insertAt(0), QStringLiteral("1"), nullopt, cfg, frames).markerX,
+        std::optional<double>(122 - 4)); // the new first chip is "2"
+    QCOMPARE(DropTargets::feedback(DropTarget::insertAt(2), nullopt, nullopt, cfg, frames).markerX,
+             std::optional<double>(202 + 4));
+    QCOMPARE(DropTargets::feedback(DropTarget::insertAt(0), nullopt, nullopt, BarConfig(), {}).markerX,
+             std::optional<double>(8));
+    QCOMPARE(DropTargets::feedback(DropTarget::insertAt(1), nullopt, nullopt, cfg, {}).markerX,
+             std::optional<double>(4));
+    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(QStringLiteral("S")), nullopt, QStringLiteral("S"),
+                                   cfg, frames),
+             DropFeedback());
+    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(QStringLiteral("S")), nullopt, QStringLiteral("T"),
+                                   cfg, frames),
+             (DropFeedback{nullopt, QStringLiteral("S")}));
+    QCOMPARE(DropTargets::feedback(DropTarget::openWith(QStringLiteral("A")), nullopt, nullopt, cfg, frames),
+             (DropFeedback{nullopt, QStringLiteral("A")}));
+    QCOMPARE(DropTargets::feedback(DropTarget::outside(), nullopt, nullopt, cfg, frames), DropFeedback());
+}
+
+void TestEditing::draggingFeedbackRespectsLocksAndSets()
+{
+    BarConfig cfg = five();
+    cfg.buttons[0].action = QStringLiteral("group");
+    cfg.buttons[0].children = QList<ButtonSpec>{button(QStringLiteral("member"))};
+    cfg.appSets = QList<AppSet>{{QStringLiteral("x"), QStringLiteral("X"), {button(QStringLiteral("own"))}}};
+    const auto frames = framesOf(cfg);
+    const QPointF overStack(500 + 74, 820);
+    const QPointF betweenChips(500 + 210, 820);
+
+    ButtonSpec locked = cfg.buttons[3];
+    locked.locked = true;
+    QVERIFY(!DragEditing::dragFeedback(locked, betweenChips, bar, cfg, frames));
+    QCOMPARE(DragEditing::dragFeedback(button(QStringLiteral("own")), betweenChips, bar, cfg, frames),
+             DropFeedback());
+    QCOMPARE(
+        DragEditing::dragFeedback(button(QStringLiteral("own")), overStack, bar, cfg, frames)->highlightGroup,
+        std::optional<QString>(QStringLiteral("1")));
+    // A member over its own stack shows nothing; over the bar it shows where it would land.
+    QCOMPARE(DragEditing::dragFeedback(button(QStringLiteral("member")), overStack, bar, cfg, frames),
+             DropFeedback());
+    QVERIFY(
+        DragEditing::dragFeedback(button(QStringLiteral("member")), betweenChips, bar, cfg, frames)->markerX);
+}
+
+void TestEditing::reorderingAlongTheBar()
+{
+    BarConfig cfg = five();
+    const ButtonSpec third = cfg.buttons[2];
+    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(0)), DragEditing::Outcome::Changed);
+    QCOMPARE(titles(cfg.buttons), (QStringList{QStringLiteral("3"), QStringLiteral("1"), QStringLiteral("2"),
+                                               QStringLiteral("4"), QStringLiteral("5")}));
+    cfg = five();
+    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(4)), DragEditing::Outcome::Changed);
+    QCOMPARE(titles(cfg.buttons), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("4"),
+                                               QStringLiteral("5"), QStringLiteral("3")}));
+    cfg = five();
+    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(2)), DragEditing::Outcome::Changed);
+    QCOMPARE(cfg, five()); // back where it was, still a change to commit
+    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::outside()), DragEditing::Outcome::Unchanged);
+    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("ghost")), DropTarget::insertAt(0)),
+             DragEditing::Outcome::Unchanged);
+}
+
+void TestEditing::movingIntoAndOutOfStacks()
+{
+    BarConfig cfg = five();
+    cfg.buttons[0].action = QStringLiteral("group");
+    ButtonSpec red = button(QStringLiteral("m1"));
+    red.color = QStringLiteral("red");
+    cfg.buttons[0].children = QList<ButtonSpec>{red, button(QStringLiteral("m2"))};
+    cfg.buttons[1].action = QStringLiteral("group"); // empty, uncoloured
+    ButtonSpec purple = cfg.buttons[2];
+    purple.color = QStringLiteral("purple");
+    cfg.buttons[2] = purple;
+    cfg.appSets = QList<AppSet>{{QStringLiteral("x"), QStringLiteral("X"), {button(QStringLiteral("own"))}}};
+
+    // Into a stack whose first member is red: the chip turns red and goes to the end.
+    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[3], DropTarget::intoGroup(QStringLiteral("1"))),
+             DragEditing::Outcome::Changed);
+    QCOMPARE(titles(*cfg.buttons[0].children),
+             (QStringList{QStringLiteral("m1"), QStringLiteral("m2"), QStringLiteral("4")}));
+    QCOMPARE(cfg.buttons[0].children->last().color, std::optional<QString>(QStringLiteral("red")));
+    // Into an empty uncoloured stack: it keeps its own colour.
+    QCOMPARE(DragEditing::dropChip(cfg, purple, DropTarget::intoGroup(QStringLiteral("2"))),
+             DragEditing::Outcome::Changed);
+    QCOMPARE(cfg.buttons[1].children->first().color, std::optional<QString>(QStringLiteral("purple")));
+    // A member back onto its own stack, and a stack into a stack: nothing.
+    QCOMPARE(
+        DragEditing::dropChip(cfg, button(QStringLiteral("m2")), DropTarget::intoGroup(QStringLiteral("1"))),
+        DragEditing::Outcome::Unchanged);
+    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[1], DropTarget::intoGroup(QStringLiteral("1"))),
+             DragEditing::Outcome::Unchanged);
+    // A member out onto the bar lands at the marker.
+    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("m2")), DropTarget::insertAt(1)),
+             DragEditing::Outcome::Changed);
+    QCOMPARE(cfg.buttons[1].title, QStringLiteral("m2"));
+    QCOMPARE(cfg.buttons[0].children->size(), 2);
+    // ... unless a top-level button has its title.
+    cfg.buttons[0].children->append(button(QStringLiteral("5")));
+    const BarConfig before = cfg;
+    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("5")), DropTarget::insertAt(0)),
+             DragEditing::Outcome::Refused);
+    QCOMPARE(cfg, before);
+    // Application-set buttons only go into stacks.
+    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("own")), DropTarget::insertAt(0)),
+             DragEditing::Outcome::Unchanged);
+    QCOMPARE(
+        DragEditing::dropChip(cfg, button(QStringLiteral("own")), DropTarget::intoGroup(QStringLiteral("1"))),
+        DragEditing::Outcome::Changed);
+    QVERIFY(cfg.appSets->first().buttons.isEmpty());
+
+    QCOMPARE(DragEditing::stackColour(button(QStringLiteral("s"), QStringLiteral("group"))), std::nullopt);
+    ButtonSpec urls = button(QStringLiteral("s"), QStringLiteral("group"));
+    urls.children = QList<ButtonSpec>{button(QStringLiteral("u"), QStringLiteral("url"))};
+    QCOMPARE(DragEditing::stackColour(urls), std::optional<QString>(QStringLiteral("green")));
+}
+
+void TestEditing::droppedFilesAndLinksBecomeButtons()
+{
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("Projects"));
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("Sketchpad.app"))));
+    // Installed where the menus look; the same file anywhere else is a stray document.
+    qputenv("XDG_DATA_HOME", QFile::encodeName(dir.path()));
+    QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("applications"))));
+    const QString entry = dir.filePath(QStringLiteral("applications/org.example.Editor.desktop"));
+    QFile file(entry);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Desktop Entry]\nName[de]=Bearbeiter\nName = Fancy Editor\nExec=editor\n[Desktop Action "
+               "new]\nName=New\n");
+    file.close();
+
+    BarConfig cfg = five();
+    const ButtonSpec projects = DragEditing::specForFile(folder, cfg);
+    QCOMPARE(projects.action, QStringLiteral("folder"));
+    QCOMPARE(projects.symbol, QStringLiteral("folder"));
+    QVERIFY(!projects.iconPath);
+    const ButtonSpec sketchpad = DragEditing::specForFile(dir.filePath(QStringLiteral("Sketchpad.app")), cfg);
+    QCOMPARE(sketchpad.title, QStringLiteral("Sketchpad"));
+    QCOMPARE(sketchpad.action, QStringLiteral("app"));
+    QCOMPARE(sketchpad.symbol, QStringLiteral("app"));
+    const ButtonSpec editor = DragEditing::specForFile(entry, cfg);
+    QCOMPARE(editor.title, QStringLiteral("Fancy Editor"));
+    QCOMPARE(editor.argument, std::optional<QString>(entry));
+    QCOMPARE(editor.iconPath, std::optional<QString>(entry));
+    const QString stray = dir.filePath(QStringLiteral("Editor.desktop"));
+    QVERIFY(QFile::copy(entry, stray));
+    QCOMPARE(DragEditing::specForFile(stray, cfg).action, QStringLiteral("open"));
+    const ButtonSpec document = DragEditing::specForFile(dir.filePath(QStringLiteral("3")), cfg);
+    QCOMPARE(document.title, QStringLiteral("3 2")); // titles stay unique
+    QCOMPARE(document.action, QStringLiteral("open"));
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("/Downloads")),
+             QStringLiteral("~/Downloads"));
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("x/y")),
+             QDir::homePath() + QStringLiteral("x/y"));
+
+    const QUrl link(QStringLiteral("https://www.example.org/page?q=1"));
+    QCOMPARE(DragEditing::specForLink(link, cfg).title, QStringLiteral("example.org"));
+    QCOMPARE(DragEditing::specForLink(link, cfg).argument, std::optional<QString>(link.toString()));
+    QCOMPARE(DragEditing::specForLink(QUrl(QStringLiteral("mailto:me@example.org")), cfg).title,
+             QStringLiteral("mailto:me@example.org"));
+
+    // Several items at one insertion point: reverse order. Into a stack: in order, in its colour.
+    const QList<QUrl> three = {QUrl::fromLocalFile(dir.filePath(QStringLiteral("A"))),
+                               QUrl::fromLocalFile(dir.filePath(QStringLiteral("B"))), link};
+    DragEditing::dropItems(cfg, three, DropTarget::insertAt(1));
+    QCOMPARE(titles(cfg.buttons).mid(0, 5),
+             (QStringList{QStringLiteral("1"), QStringLiteral("example.org"), QStringLiteral("B"),
+                          QStringLiteral("A"), QStringLiteral("2")}));
+    cfg.buttons[0].action = QStringLiteral("group");
+    cfg.buttons[0].color = QStringLiteral("yellow");
+    DragEditing::dropItems(cfg, three, DropTarget::intoGroup(QStringLiteral("1")));
+    QCOMPARE(titles(*cfg.buttons[0].children),
+             (QStringList{QStringLiteral("A 2"), QStringLiteral("B 2"), QStringLiteral("example.org 2")}));
+    QCOMPARE(cfg.buttons[0].children->first().color, std::optional<QString>(QStringLiteral("yellow")));
+}
+
+namespace {
+
+using Kind = TapRouting::Route::Kind;
+
+} // namespace
+
+void TestEditing::barTapsOpenCloseOrRun()
+{
+    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
+    QCOMPARE(TapRouting::onBar(stack, std::nullopt).kind, Kind::OpenStack);
+    QVERIFY(TapRouting::onBar(stack, std::nullopt).items.isEmpty()); // no members: an empty flyout
+    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
+    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Apps")).items.size(), 1);
+    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Files")).kind, Kind::CloseFlyout);
+
+    const ButtonSpec folder =
+        button(QStringLiteral("Docs"), QStringLiteral("folder"), QStringLiteral("~/Documents"));
+    const auto route = TapRouting::onBar(folder, QStringLiteral("Files"));
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.path, QStringLiteral("~/Documents"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("~/Documents")));
+    QCOMPARE(route.id, QStringLiteral("Docs"));
+    QCOMPARE(TapRouting::onBar(folder, QStringLiteral("Docs")).kind, Kind::CloseFlyout);
+    const auto home =
+        TapRouting::onBar(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt);
+    QCOMPARE(home.path, QStringLiteral("~"));
+    QVERIFY(!home.root);
+
+    // Everything else runs, even with its own title's flyout open.
+    QCOMPARE(
+        TapRouting::onBar(button(QStringLiteral("Help"), QStringLiteral("url")), QStringLiteral("Help")).kind,
+        Kind::Run);
+    QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind,
+             Kind::Run);
+
+    // A tap asked for by a command hangs from the chip, the chip of its stack, or the first place.
+    BarConfig config;
+    config.buttons = {button(QStringLiteral("Help"), QStringLiteral("url")), stack};
+    const QHash<QString, QRectF> frames{{QStringLiteral("Help"), QRectF(12, 0, 60, 40)},
+                                        {QStringLiteral("Files"), QRectF(80, 0, 70, 40)}};
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("Files")), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("a")), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("in a set")), QRectF(12, 0, 100, 40));
+
+    // The overflow chip opens its flyout, a second tap closes it; a stack of that name does not count.
+    const QList<ButtonSpec> overflowed = {stack, folder};
+    const auto overflow = TapRouting::onOverflow(overflowed, QStringLiteral("Files"));
+    QCOMPARE(overflow.kind, Kind::OpenStack);
+    QCOMPARE(overflow.items.size(), 2);
+    QCOMPARE(TapRouting::onOverflow(overflowed, TapRouting::overflowId()).kind, Kind::CloseFlyout);
+    QCOMPARE(TapRouting::onOverflow(overflowed, overflow.id).kind, Kind::CloseFlyout);
+}
+
+void TestEditing::flyoutRowsWalkListingsInPlace()
+{
+    const ButtonSpec sub =
+        button(QStringLiteral("sub"), QStringLiteral("folder"), QStringLiteral("/data/sub"));
+    auto route = TapRouting::inFlyout(sub, QStringLiteral("Docs"), QStringLiteral("/data"));
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.path, QStringLiteral("/data/sub"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data"))); // the walk keeps its root
+    QCOMPARE(route.id, QStringLiteral("Docs"));
+
+    const ButtonSpec up =
+        button(QStringLiteral("‹ data"), QStringLiteral("navigate"), QStringLiteral("/data"));
+    QCOMPARE(TapRouting::inFlyout(up, QStringLiteral("Docs"), QStringLiteral("/data")).path,
+             QStringLiteral("/data"));
+
+    // A folder member of a stack starts a listing rooted at itself.
+    route = TapRouting::inFlyout(sub, QStringLiteral("Files"), std::nullopt);
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
+    route = TapRouting::inFlyout(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt,
+                                 std::nullopt);
+    QCOMPARE(route.path, QStringLiteral("~"));
+    QCOMPARE(route.id, QStringLiteral("Home"));
+
+    QCOMPARE(TapRouting::inFlyout(
+                 button(QStringLiteral("a.txt"), QStringLiteral("open"), QStringLiteral("/a.txt")),
+                 QStringLiteral("Docs"), QStringLiteral("/data"))
+                 .kind,
+             Kind::Run);
+
+    // In the overflow's flyout a stack opens its own flyout and a folder its listing, as on the bar.
+    const QString overflow = TapRouting::overflowId();
+    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
+    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
+    route = TapRouting::inFlyout(stack, overflow, std::nullopt);
+    QCOMPARE(route.kind, Kind::OpenStack);
+    QCOMPARE(route.id, QStringLiteral("Files"));
+    route = TapRouting::inFlyout(sub, overflow, std::nullopt);
+    QCOMPARE(route.kind, Kind::OpenFolder);
+    QCOMPARE(route.id, QStringLiteral("sub"));
+    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
+}
+
+void TestEditing::symbolsMapToThemeIconsOrText()
+{
+    QCOMPARE(SymbolNames::iconNames(QStringLiteral("folder")).first(), QStringLiteral("folder-symbolic"));
+    QCOMPARE(SymbolNames::iconNames(QStringLiteral("chevron.up")).first(), QStringLiteral("go-up-symbolic"));
+    // A theme's own name is tried too, for users who know their icon theme.
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("firefox")).contains(QStringLiteral("firefox")));
+    // Emoji, words with capitals and the empty symbol are text (or nothing).
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("📁")).isEmpty());
+    QVERIFY(SymbolNames::iconNames(QStringLiteral("Hello")).isEmpty());
+    QVERIFY(SymbolNames::iconNames(QString()).isEmpty());
+}
+
+void TestEditing::savedPositionNeedsBothFractions()
+{
+    QTemporaryDir xdg;
+    qputenv("XDG_CONFIG_HOME", xdg.path().toLocal8Bit());
+    const QString ini = xdg.filePath(QStringLiteral("vantril/vantril.ini"));
+    QVERIFY(QDir().mkpath(xdg.filePath(QStringLiteral("vantril"))));
+    {
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\n"));
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\noy=left\ndisplay=7\n"));
+        QVERIFY(!Preferences().barPosition());
+        QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\noy=0.5\ndisplay=screen\n"));
+        const auto odd = Preferences().barPosition();
+        QVERIFY(odd);
+        QCOMPARE(odd->display, 0u); // a display that is not a number reads as 0
+        // Numbers, but no place: left to the default position. Huge ones are clamped when placing.
+        for (const char* text : {"ox=nan\noy=0.5", "ox=0.5\noy=inf", "ox=-inf\noy=-inf"}) {
+            QVERIFY(writeAll(ini, QByteArray("[barPosition]\n") + text + "\n"));
+            QVERIFY2(!Preferences().barPosition(), text);
+        }
+        QVERIFY(writeAll(ini, "[barPosition]\nox=1e300\noy=-1e300\n"));
+        QVERIFY(Preferences().barPosition());
+    }
+    Preferences().setBarPosition({4000000000u, 0.1, 0.9});
+    const auto saved = Preferences().barPosition();
+    QVERIFY(saved);
+    QCOMPARE(saved->display, 4000000000u);
+    QCOMPARE(saved->ox, 0.1);
+    QCOMPARE(saved->oy, 0.9);
+    QVERIFY(Preferences().showStatusItem()); // absent reads as on
+    QVERIFY(!Preferences().autoHide());
 }
 
 QTEST_APPLESS_MAIN(TestEditing)

@@ -1,7 +1,9 @@
+#include "actions/KeyCombo.h"
 #include "config/AppContext.h"
 #include "config/Presets.h"
 #include "dragdrop/Editing.h"
 
+#include <QSet>
 #include <QTest>
 
 class TestPresets : public QObject
@@ -9,6 +11,7 @@ class TestPresets : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void everyPresetIsWellFormed();
     void mergeCreatesTheSetAndSkipsWhatIsThere();
     void mergeRenamesTitlesTakenElsewhere();
     void mergeUsesTheFirstSetOfAnApplication();
@@ -43,7 +46,46 @@ QStringList titles(const QList<ButtonSpec>& buttons)
     return list;
 }
 
+/// The other platform's presets come first; the ones after them are for Linux applications.
+constexpr qsizetype seedPresets = 10;
+
 } // namespace
+
+void TestPresets::everyPresetIsWellFormed()
+{
+    QSet<QString> names;
+    QSet<QString> applications;
+    QSet<QString> titles;
+    const QList<AppPreset>& presets = Presets::all();
+    QVERIFY(presets.size() > seedPresets);
+    for (qsizetype i = 0; i < presets.size(); ++i) {
+        const AppPreset& preset = presets[i];
+        // Two presets of one application would fill one set, and the menus could not tell them apart.
+        QVERIFY2(!names.contains(preset.name) && !applications.contains(preset.bundleID),
+                 qPrintable(preset.name));
+        // Desktop-entry ids are compared without their ".desktop".
+        QVERIFY2(!preset.bundleID.endsWith(QLatin1String(".desktop")), qPrintable(preset.bundleID));
+        QVERIFY2(!preset.buttons.isEmpty(), qPrintable(preset.name));
+        names.insert(preset.name);
+        applications.insert(preset.bundleID);
+        for (const ButtonSpec& button : preset.buttons) {
+            const QByteArray where = (preset.name + QLatin1String(" / ") + button.title).toUtf8();
+            // Matching preset buttons against a document relies on them having nothing beyond action and
+            // argument.
+            ButtonSpec plain = ButtonSpec::make(button.title, button.symbol, QStringLiteral("keys"),
+                                                button.argument.value_or(QString()));
+            QVERIFY2(button == plain && !button.title.isEmpty() && !button.symbol.isEmpty() &&
+                         button.title.trimmed() == button.title,
+                     where.constData());
+            QVERIFY2(!titles.contains(button.title), where.constData());
+            titles.insert(button.title);
+            // Linux applications bind Control; the other platform's Command would press Super, which the
+            // desktop itself takes.
+            const auto combo = KeyCombo::parse(button.argument.value_or(QString()));
+            QVERIFY2(combo && (i < seedPresets || !(combo->flags & KeyCombo::SuperFlag)), where.constData());
+        }
+    }
+}
 
 void TestPresets::mergeCreatesTheSetAndSkipsWhatIsThere()
 {

@@ -1,28 +1,20 @@
 // The real program's shell against a real X server and window manager (openbox unless VANTRIL_TEST_WM
-// names another): hiding and showing the bar by pointer, hot key and command line, one bar per
-// configuration folder, its menu, its tray icon and its update check, observed
-// from the outside with xprop, xdotool, xset and the server's own answers. Runs inside
-// tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of its own.
-// Screenshots of the menus and of the update window are saved to $VANTRIL_TEST_SCREENSHOTS when set.
+// names another): hiding and showing the bar by pointer, hot key and command line, and one bar per
+// configuration folder, observed from the outside with xprop, xdotool, xset and the server's own answers.
+// Runs inside tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of
+// its own.
 
 #include "BarLayout.h"
 #include "RunningBar.h"
 #include "TestSupport.h"
 #include "app/InstancePaths.h"
-#include "app/MenuModel.h"
-#include "app/UpdateVerdict.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QLabel>
-#include <QMessageBox>
 #include <QRegion>
 #include <QRegularExpression>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 #include <xcb/shape.h>
 
@@ -52,31 +44,6 @@ QRegion shapeOf(xcb_window_t window, xcb_shape_kind_t kind)
     for (int i = 0; i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i)
         region += QRect(rectangles[i].x, rectangles[i].y, rectangles[i].width, rectangles[i].height);
     return region;
-}
-
-std::optional<xcb_window_t> selectionOwner(const QByteArray& selection)
-{
-    const auto reply = adopt(xcb_get_selection_owner_reply(
-        connection(), xcb_get_selection_owner(connection(), atom(selection)), nullptr));
-    if (!reply || reply->owner == XCB_NONE)
-        return std::nullopt;
-    return reply->owner;
-}
-
-/// Visible windows of process `pid` somewhere inside a window of process `host`: icons embedded in a tray.
-QList<xcb_window_t> embeddedWindows(qint64 pid, qint64 host)
-{
-    const xcb_atom_t pidAtom = atom(QByteArrayLiteral("_NET_WM_PID"));
-    QList<xcb_window_t> found;
-    std::function<void(xcb_window_t, bool)> walk = [&](xcb_window_t window, bool inside) {
-        const auto owner = cardinal(window, pidAtom);
-        if (inside && owner == quint32(pid) && attributesOf(window).value_or(Attributes{}).viewable)
-            found.append(window);
-        for (const xcb_window_t child : childWindows(window))
-            walk(child, inside || owner == quint32(host));
-    };
-    walk(rootWindow(), false);
-    return found;
 }
 
 /// Hidden as auto-hide and the hot key hide: faded out, letting every click through, and where no
@@ -154,44 +121,6 @@ bool flyoutOn(RunningBar& vantril, const QString& title, const BarConfig& config
            frame.bottom() + 1 == barFrame.y() - 4;
 }
 
-/// A tiny HTTP server for the update feed: one fixed answer to every request, and the requests it saw.
-class FeedServer : public QObject
-{
-public:
-    explicit FeedServer(QByteArray body)
-        : m_body(std::move(body))
-    {
-        connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* socket = m_server.nextPendingConnection()) {
-                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { serve(socket); });
-            }
-        });
-    }
-
-    bool listen(quint16 port) { return m_server.listen(QHostAddress::LocalHost, port); }
-    QStringList requests() const { return m_requests; }
-
-private:
-    void serve(QTcpSocket* socket)
-    {
-        QByteArray& pending = m_pending[socket];
-        pending += socket->readAll();
-        if (!pending.contains("\r\n\r\n"))
-            return;
-        m_requests.append(QString::fromLatin1(pending.left(pending.indexOf("\r\n"))));
-        m_pending.remove(socket);
-        socket->write("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
-                      QByteArray::number(m_body.size()) + "\r\nConnection: close\r\n\r\n" + m_body);
-        socket->disconnectFromHost();
-    }
-
-    QTcpServer m_server;
-    QByteArray m_body;
-    QHash<QTcpSocket*, QByteArray> m_pending;
-    QStringList m_requests;
-};
-
 } // namespace
 
 class TestShellEndToEnd : public QObject
@@ -205,13 +134,8 @@ private Q_SLOTS:
 
     void autoHideLetsClicksThroughAndRestBringsItBack();
     void hotKeyTogglesAlsoWithNumLock();
-    void editedHotKeyReplacesTheOldOne();
     void commandsReachTheRunningBar();
-    void commandsStartTheBarWhenNoneRuns();
     void oneBarPerFolderAfterACrashBesideOthersAndWithoutALock();
-    void barMenuTogglesLaunchAtLoginAndQuits();
-    void trayIconOpensTheMenuAndGoesAway();
-    void updateCheckReportsTheNewerVersion();
 
 private:
     std::unique_ptr<TestHome> m_home;
@@ -254,9 +178,10 @@ void TestShellEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
     const QRect area = workArea();
     const QRect band(area.x(), area.bottom() + 1 - 200, area.width(), 200);
     const QString presses = m_home->path(QStringLiteral("presses.txt"));
-    TestProcess probe(QStringLiteral(CLICKPROBE_BINARY),
-                      {presses, QString::number(band.x()), QString::number(band.y()),
-                       QString::number(band.width()), QString::number(band.height())});
+    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
+                      {QStringLiteral("clicks"), presses, QString::number(band.x()),
+                       QString::number(band.y()), QString::number(band.width()),
+                       QString::number(band.height())});
     const auto probeWindow = probe.waitForWindow(QStringLiteral("clickprobe"));
     QVERIFY2(probeWindow, "the click probe did not appear");
     QVERIFY2(placeWindow(*probeWindow, band), qPrintable(describe(frameOf(*probeWindow))));
@@ -348,43 +273,6 @@ void TestShellEndToEnd::hotKeyTogglesAlsoWithNumLock()
     QCOMPARE(second.log().count(taken), 1);
 }
 
-void TestShellEndToEnd::editedHotKeyReplacesTheOldOne()
-{
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    QVERIFY(waitFor([&] { return m_home->buttons() == Config::encoded(Config::defaults()); }));
-    QVERIFY(waitFor([&] { return fullyShown(*bar); }));
-
-    // One button fewer as well: the new width shows that the edit has been taken in.
-    BarConfig edited = Config::defaults();
-    edited.hotkey = QStringLiteral("ctrl+alt+k");
-    edited.buttons.removeLast();
-    const int editedWidth = layoutOf(edited).width;
-    QVERIFY(editedWidth != frameOf(*bar).width());
-    QVERIFY(writeAll(m_home->buttonsJson(), Config::encoded(edited)));
-    QVERIFY(vantril.waitForWidth(editedWidth));
-
-    QVERIFY(keys({QStringLiteral("ctrl+alt+k")}));
-    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "Ctrl+Alt+K did not hide the bar");
-    // Were the old combination still held, it would show the bar and the new one hide it again at once,
-    // and the bar would never come to rest fully shown.
-    QVERIFY(keys({QStringLiteral("ctrl+alt+b"), QStringLiteral("ctrl+alt+k")}));
-    QVERIFY2(waitFor([&] { return fullyShown(*bar); }), "Ctrl+Alt+B still works, or Ctrl+Alt+K does not");
-
-    const auto readLog = [&] { return vantril.log().split(QLatin1Char('\n')); };
-    QVERIFY2(!vantril.log().contains(QStringLiteral("Bad hotkey")), qPrintable(vantril.log()));
-
-    BarConfig broken = Config::defaults();
-    broken.hotkey = QStringLiteral("nonsense");
-    QVERIFY(writeAll(m_home->buttonsJson(), Config::encoded(broken)));
-    QVERIFY(vantril.waitForWidth(layoutOf(broken).width));
-    const QString message = QStringLiteral("Bad hotkey: nonsense");
-    QVERIFY2(waitFor([&] { return readLog().contains(message); }), qPrintable(vantril.log()));
-    QCOMPARE(readLog().count(message), 1);
-    QVERIFY(vantril.isRunning());
-}
-
 void TestShellEndToEnd::commandsReachTheRunningBar()
 {
     RunningBar vantril(*m_home, withoutFrontApp());
@@ -430,32 +318,6 @@ void TestShellEndToEnd::commandsReachTheRunningBar()
     QVERIFY(!QFileInfo::exists(InstancePaths::lockFile(m_home->configDir())));
 }
 
-void TestShellEndToEnd::commandsStartTheBarWhenNoneRuns()
-{
-    // No bar to hide or end: nothing starts, and nothing is written.
-    for (const QString& word : {QStringLiteral("--hide"), QStringLiteral("--quit")}) {
-        const Ran ran = run(*m_home, {word});
-        QCOMPARE(ran.status, 0);
-        QCOMPARE(ran.err, QString());
-    }
-    QVERIFY(!QFileInfo::exists(m_home->configDir()));
-    const Ran unknown = run(*m_home, {QStringLiteral("--open"), QStringLiteral("nosuchtitle")});
-    QCOMPARE(unknown.status, 1);
-    QCOMPARE(unknown.err, QStringLiteral("vantril: no button is titled \"nosuchtitle\"\n"));
-    QCOMPARE(barsShown(), 0);
-
-    // The start becomes the bar, and opens the stack from its chip once it is laid out.
-    RunningBar vantril(*m_home, withoutFrontApp(), QStringLiteral(VANTRIL_BINARY),
-                       {QStringLiteral("--open"), QStringLiteral("Apps")});
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    QVERIFY2(waitFor([&] { return flyoutOn(vantril, QStringLiteral("Apps")); }),
-             "--open Apps opened nothing");
-    QVERIFY(fullyShown(*bar));
-    QCOMPARE(run(*m_home, {QStringLiteral("--quit")}).status, 0);
-    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "--quit left the bar running");
-}
-
 void TestShellEndToEnd::oneBarPerFolderAfterACrashBesideOthersAndWithoutALock()
 {
     const QString socket = InstancePaths::socketPath(
@@ -499,152 +361,6 @@ void TestShellEndToEnd::oneBarPerFolderAfterACrashBesideOthersAndWithoutALock()
     QCOMPARE(run(broken, {QStringLiteral("--quit")}).status, 0);
     QVERIFY2(unlocked.process().waitForFinished(windowTimeoutMs), "--quit left the unlocked bar running");
     QCOMPARE(unlocked.log().count(line), 1);
-}
-
-void TestShellEndToEnd::barMenuTogglesLaunchAtLoginAndQuits()
-{
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    const QRect frame = frameOf(*bar);
-    // The bar's menu opens from the grip and from the plate in the margin before it; both are tried.
-    const QPoint grip = gripOf(frame);
-    const QPoint plate(frame.x() + 6, frame.y() + frame.height() / 2);
-
-    MenuModel::State state;
-    state.presetNames = {QStringLiteral("Finder")}; // a submenu entry either way; its items do not count
-    QStringList titles;
-    for (const MenuModel::Item& item : MenuModel::populate(state)) {
-        if (!item.isSeparator())
-            titles.append(item.title);
-    }
-    QCOMPARE(
-        titles,
-        (QStringList{QStringLiteral("Hide bar"), QStringLiteral("Add button…"), QStringLiteral("New stack…"),
-                     QStringLiteral("Add app preset"), QStringLiteral("Backups"), QStringLiteral("Auto-hide"),
-                     QStringLiteral("Show icon in system tray"), QStringLiteral("Launch at Login"),
-                     QStringLiteral("Edit config file"), QStringLiteral("Quit Vantril")}));
-
-    auto menu = vantril.openMenu(grip);
-    QVERIFY2(menu, "right-clicking the grip opened no menu");
-    // Laid out like the one this process builds from the same items, so it has the same items.
-    QVERIFY(menuLooksLike(*menu, MenuModel::populate(state), QStringLiteral("vantril-grip-menu.png")));
-
-    QVERIFY(keys(keysFor(MenuModel::populate(state), QStringLiteral("Launch at Login"))));
-    QVERIFY2(waitFor([&] { return QFileInfo::exists(m_home->autostartEntry()); }),
-             "no autostart entry was written");
-    QVERIFY(waitFor([&] { return !vantril.shownMenu(); }));
-    const QString program = QFileInfo(QStringLiteral(VANTRIL_BINARY)).canonicalFilePath();
-    const QStringList lines = QString::fromUtf8(readAll(m_home->autostartEntry())).split(QLatin1Char('\n'));
-    QVERIFY2(lines.contains(QStringLiteral("Exec=\"%1\"").arg(program)), qPrintable(lines.join(u'\n')));
-    QVERIFY(lines.contains(QStringLiteral("[Desktop Entry]")));
-
-    menu = vantril.openMenu(plate);
-    QVERIFY2(menu, "right-clicking the plate opened no menu");
-    state.launchAtLogin = true;
-    QVERIFY(menuLooksLike(*menu, MenuModel::populate(state), QStringLiteral("vantril-plate-menu-login.png")));
-    QVERIFY(keys(keysFor(MenuModel::populate(state), QStringLiteral("Launch at Login"))));
-    QVERIFY2(waitFor([&] { return !QFileInfo::exists(m_home->autostartEntry()); }),
-             "the autostart entry stayed");
-
-    QVERIFY(waitFor([&] { return !vantril.shownMenu(); }));
-    menu = vantril.openMenu(grip);
-    QVERIFY2(menu, "the menu did not open a third time");
-    QVERIFY(keys(keysFor(MenuModel::populate(state), QStringLiteral("Quit Vantril"))));
-    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "Quit Vantril left the program running");
-    QCOMPARE(vantril.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(vantril.process().exitCode(), 0);
-}
-
-void TestShellEndToEnd::trayIconOpensTheMenuAndGoesAway()
-{
-    // A tray at the top right, as a panel would have one; icons embed once it owns the tray selection.
-    TestProcess tray(QStringLiteral("trayer"),
-                     {QStringLiteral("--edge"), QStringLiteral("top"), QStringLiteral("--align"),
-                      QStringLiteral("right"), QStringLiteral("--widthtype"), QStringLiteral("request"),
-                      QStringLiteral("--height"), QStringLiteral("24"), QStringLiteral("--SetDockType"),
-                      QStringLiteral("true")});
-    QVERIFY2(waitFor([&] {
-                 return !tray.isRunning() ||
-                        selectionOwner(QByteArrayLiteral("_NET_SYSTEM_TRAY_S0")).has_value();
-             }),
-             "trayer took no tray selection");
-    QVERIFY2(tray.isRunning(), "trayer stopped");
-
-    RunningBar vantril(*m_home, withoutFrontApp());
-    QVERIFY2(vantril.waitForBar(m_defaultWidth), "no bar window appeared");
-    QList<xcb_window_t> icons;
-    QVERIFY2(waitFor([&] {
-                 icons = embeddedWindows(vantril.pid(), tray.pid());
-                 return icons.size() == 1 && !screenRect(icons.first()).isEmpty();
-             }),
-             qPrintable(QStringLiteral("%1 icons of the program in the tray").arg(icons.size())));
-    const QRect icon = screenRect(icons.first());
-    QVERIFY2(QRect(0, 0, screenWidth, 24).contains(icon), qPrintable(describe(icon)));
-
-    const auto menu = vantril.openMenu(icon.center());
-    QVERIFY2(menu, "right-clicking the tray icon opened no menu");
-    MenuModel::State state;
-    QVERIFY(menuLooksLike(*menu, MenuModel::populate(state), QStringLiteral("vantril-tray-menu.png")));
-
-    QVERIFY(keys(keysFor(MenuModel::populate(state), QStringLiteral("Show icon in system tray"))));
-    QVERIFY2(
-        waitFor([&] { return !vantril.isRunning() || embeddedWindows(vantril.pid(), tray.pid()).isEmpty(); }),
-        "the tray icon stayed");
-    // The menu that made the choice belongs to the icon that went; the program outlives both.
-    QVERIFY2(vantril.isRunning(),
-             qPrintable(QStringLiteral("the program ended, exit code %1").arg(vantril.process().exitCode())));
-    QVERIFY(findWindow(QStringLiteral("Vantril"), vantril.pid()));
-    QVERIFY2(waitFor([&] { return readAll(m_home->preferencesFile()).contains("showStatusItem=false"); }),
-             readAll(m_home->preferencesFile()).constData());
-}
-
-void TestShellEndToEnd::updateCheckReportsTheNewerVersion()
-{
-    const QByteArray body =
-        QByteArrayLiteral("{\"version\": \"99.0\", \"url\": \"https://example.org/v99\"}");
-    FeedServer feed(body);
-    QVERIFY2(feed.listen(FEED_PORT), "the feed's port is taken");
-
-    RunningBar vantril(*m_home,
-                       withoutFrontApp({{QStringLiteral("VANTRIL_CHECK_UPDATES"), QStringLiteral("1")}}),
-                       QStringLiteral(FEEDTEST_BINARY));
-    const auto window = vantril.waitForWindow(QStringLiteral("Vantril updates"));
-    QVERIFY2(window, "no update window appeared, or the program ended before showing it");
-    QCOMPARE(feed.requests(), QStringList{QStringLiteral("GET /feed.json HTTP/1.1")});
-
-    // Where the program's message box has its text: one laid out here with what it should say.
-    QMessageBox reference(QMessageBox::Information, QStringLiteral("Vantril updates"), QString(),
-                          QMessageBox::Ok);
-    reference.setTextFormat(Qt::RichText);
-    reference.setTextInteractionFlags(Qt::TextBrowserInteraction);
-    reference.setText(UpdateVerdict::of(body, QStringLiteral(VANTRIL_VERSION)));
-    reference.setAttribute(Qt::WA_DontShowOnScreen);
-    reference.show();
-    const auto* label = reference.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
-    QVERIFY(label);
-    const QRect text = label->geometry();
-    QVERIFY2(waitFor([&] { return frameOf(*window).size() == reference.size(); }),
-             qPrintable(QStringLiteral("%1, expected %2x%3")
-                            .arg(describe(frameOf(*window)))
-                            .arg(reference.width())
-                            .arg(reference.height())));
-    reference.hide();
-    saveScreenshot(QStringLiteral("vantril-updates.png"), frameOf(*window));
-
-    // Its text is selectable: dragged over, it becomes the primary selection, which says what it reads.
-    const QPoint origin = frameOf(*window).topLeft();
-    const QPoint from = origin + text.topLeft() + QPoint(1, 1);
-    const QPoint to = origin + text.bottomRight() - QPoint(1, 1);
-    QVERIFY(dragAlong({from, to}));
-    QClipboard* clipboard = QGuiApplication::clipboard();
-    const auto selected = [clipboard] { return clipboard->text(QClipboard::Selection); };
-    QVERIFY2(waitFor([&] { return selected().contains(QStringLiteral("https://example.org/v99")); }),
-             qPrintable(selected()));
-    QVERIFY2(
-        selected().startsWith(
-            QStringLiteral("Vantril 99.0 is available (you have %1).").arg(QStringLiteral(VANTRIL_VERSION))),
-        qPrintable(selected()));
 }
 
 QTEST_MAIN(TestShellEndToEnd)

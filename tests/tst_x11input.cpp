@@ -4,8 +4,10 @@
 
 #include "TestSupport.h"
 #include "X11Windows.h"
+#include "actions/KeyCombo.h"
 #include "actions/Keys.h"
 #include "platform/Platform.h"
+#include "platform/x11/KeySymbols.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -124,6 +126,7 @@ private Q_SLOTS:
     void cleanupTestCase();
 
     void inputIsTrusted();
+    void everyKeyNameHasAKeySymbol();
     void combosArriveWithTheirModifiers_data();
     void combosArriveWithTheirModifiers();
     void modifiersAreReleasedAfterwards();
@@ -161,7 +164,7 @@ void TestX11Input::initTestCase()
     m_textFile = m_dir.filePath(QStringLiteral("text.txt"));
 
     m_probe.setProcessChannelMode(QProcess::ForwardedChannels);
-    m_probe.start(QStringLiteral(KEYPROBE_BINARY), {m_pressFile, m_textFile});
+    m_probe.start(QStringLiteral(TESTWINDOW_BINARY), {QStringLiteral("keys"), m_pressFile, m_textFile});
     QVERIFY2(m_probe.waitForStarted(10000), qPrintable(m_probe.errorString()));
 
     // Keys pressed before openbox has given keyprobe the focus would go to the root window and be lost.
@@ -239,6 +242,13 @@ void TestX11Input::clearProbe()
 void TestX11Input::inputIsTrusted()
 {
     QVERIFY(m_platform->input().isTrusted());
+}
+
+void TestX11Input::everyKeyNameHasAKeySymbol()
+{
+    const auto& codes = KeyCombo::codes();
+    for (auto it = codes.cbegin(); it != codes.cend(); ++it)
+        QVERIFY2(KeySymbols::forKeyCode(it.value()), qPrintable(it.key()));
 }
 
 void TestX11Input::combosArriveWithTheirModifiers_data()
