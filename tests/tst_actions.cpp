@@ -17,14 +17,12 @@ class TestActions : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void kindsAreExactAndUnknownOnesBeep();
-    void missingArgumentDoesNothing();
+    void whatAChipAsksOfTheDesktop_data();
+    void whatAChipAsksOfTheDesktop();
     void openExpandsTildeAndRefusesWhatIsNoFile();
     void openingNeverRunsAProgram_data();
     void openingNeverRunsAProgram();
     void runStartsOnlyWhatWasAskedAbout();
-    void urlsAreTrimmedAndPrefixed_data();
-    void urlsAreTrimmedAndPrefixed();
     void programsStartDetached();
     void newFolderNeverOverwrites();
     void pressRefusesBadTextAndMissingTrust();
@@ -63,29 +61,55 @@ QStringList run(const ButtonSpec& spec, FakePlatform& platform)
 
 } // namespace
 
-void TestActions::kindsAreExactAndUnknownOnesBeep()
+void TestActions::whatAChipAsksOfTheDesktop_data()
 {
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QVariant>("argument"); // invalid: absent
+    QTest::addColumn<QStringList>("calls");
     const QStringList beep{QStringLiteral("beep")};
+    const QVariant none;
+    const auto row = [](const char* name, const char* kind, const QVariant& argument,
+                        const QStringList& calls) {
+        QTest::newRow(name) << QString::fromUtf8(kind) << argument << calls;
+    };
+    // Kinds are exact; unknown ones beep.
     for (const char* kind : {"Open", "group", "", "URL", "mystery", " open"})
-        QCOMPARE(run(QString::fromUtf8(kind), QStringLiteral("x")), beep);
-    QCOMPARE(run(QStringLiteral("group"), std::nullopt), beep);
-    QCOMPARE(run(QStringLiteral("keys"), QStringLiteral("cmd+v")),
-             QStringList{QStringLiteral("post key=9 flags=1048576")});
-    QCOMPARE(run(QStringLiteral("app"), QStringLiteral("Firefox")),
-             QStringList{QStringLiteral("launch Firefox")});
-
-    StderrCapture log;
-    QCOMPARE(run(QStringLiteral("applescript"), QStringLiteral("beep")), QStringList());
-    QCOMPARE(log.text(), QStringLiteral("AppleScript error: AppleScript is not available on this system\n"));
-}
-
-void TestActions::missingArgumentDoesNothing()
-{
-    StderrCapture log;
+        row(qPrintable(QStringLiteral("kind \"%1\"").arg(QString::fromUtf8(kind))), kind, QStringLiteral("x"),
+            beep);
+    row("stack without argument", "group", none, beep);
+    row("keys", "keys", QStringLiteral("cmd+v"), {QStringLiteral("post key=9 flags=1048576")});
+    row("app", "app", QStringLiteral("Firefox"), {QStringLiteral("launch Firefox")});
+    row("applescript", "applescript", QStringLiteral("beep"), {});
+    // A missing argument does nothing, quietly.
     for (const char* kind :
          {"open", "app", "shortcut", "url", "folder", "keys", "paste", "shell", "applescript"})
-        QCOMPARE(run(QString::fromUtf8(kind), std::nullopt), QStringList());
-    QCOMPARE(log.text(), QString());
+        row(qPrintable(QStringLiteral("%1 without argument").arg(QString::fromUtf8(kind))), kind, none, {});
+    // Addresses are trimmed of blanks and given a scheme when they have none.
+    const auto url = [&](const char* name, const char* argument, const char* opened) {
+        row(name, "url", QString::fromUtf8(argument),
+            *opened ? QStringList{QStringLiteral("open ") + QString::fromUtf8(opened)} : QStringList());
+    };
+    url("bare host with spaces", " \texample.org/docs\t ", "https://example.org/docs");
+    url("host and port", "localhost:8080", "localhost:8080");
+    url("mail", "mailto:me@example.org", "mailto:me@example.org");
+    url("scheme kept", "http://example.org", "http://example.org");
+    url("only blanks", " \t ", "");
+    url("line breaks are not trimmed", "\nexample.org", "");
+    url("space inside", "example.org/a b", "");
+}
+
+void TestActions::whatAChipAsksOfTheDesktop()
+{
+    QFETCH(QString, kind);
+    QFETCH(QVariant, argument);
+    QFETCH(QStringList, calls);
+    StderrCapture log;
+    QCOMPARE(run(kind, argument.isValid() ? std::optional(argument.toString()) : std::nullopt), calls);
+    const QString said =
+        kind == QLatin1String("applescript") && argument.isValid()
+            ? QStringLiteral("AppleScript error: AppleScript is not available on this system\n")
+            : QString();
+    QCOMPARE(log.text(), said);
 }
 
 void TestActions::openExpandsTildeAndRefusesWhatIsNoFile()
@@ -210,31 +234,6 @@ void TestActions::runStartsOnlyWhatWasAskedAbout()
     platform.calls.clear();
     platform.unanswered(RunQuestion::Answer::Run);
     QCOMPARE(platform.calls, QStringList{QStringLiteral("beep")});
-}
-
-void TestActions::urlsAreTrimmedAndPrefixed_data()
-{
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<QString>("opened");
-    QTest::newRow("bare host with spaces")
-        << QStringLiteral(" \texample.org/docs\t ") << QStringLiteral("open https://example.org/docs");
-    QTest::newRow("host and port") << QStringLiteral("localhost:8080")
-                                   << QStringLiteral("open localhost:8080");
-    QTest::newRow("mail") << QStringLiteral("mailto:me@example.org")
-                          << QStringLiteral("open mailto:me@example.org");
-    QTest::newRow("scheme kept") << QStringLiteral("http://example.org")
-                                 << QStringLiteral("open http://example.org");
-    QTest::newRow("only blanks") << QStringLiteral(" \t ") << QString();
-    QTest::newRow("line breaks are not trimmed") << QStringLiteral("\nexample.org") << QString();
-    QTest::newRow("space inside") << QStringLiteral("example.org/a b") << QString();
-}
-
-void TestActions::urlsAreTrimmedAndPrefixed()
-{
-    QFETCH(QString, argument);
-    QFETCH(QString, opened);
-    const QStringList calls = run(QStringLiteral("url"), argument);
-    QCOMPARE(calls, opened.isEmpty() ? QStringList() : QStringList{opened});
 }
 
 void TestActions::programsStartDetached()

@@ -34,8 +34,8 @@ private Q_SLOTS:
     void invalidText();
 
 private Q_SLOTS:
-    void parseKeysPrintsCodesOrInvalid();
     void checkReportsWhereTheFileIsWrong();
+    void switchesAreAnsweredOrIgnored_data();
     void switchesAreAnsweredOrIgnored();
     void commandWordsForTheBar_data();
     void commandWordsForTheBar();
@@ -213,20 +213,41 @@ std::pair<std::optional<int>, QString> run(const QStringList& arguments)
 
 } // namespace
 
-void TestKeys::parseKeysPrintsCodesOrInvalid()
+void TestKeys::switchesAreAnsweredOrIgnored_data()
 {
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("cmd+v")}),
-             std::make_pair(std::optional<int>(0), QStringLiteral("keyCode=9 flags=1048576 carbon=256\n")));
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("Ctrl+Opt+Space")}).second,
-             QStringLiteral("keyCode=49 flags=786432 carbon=6144\n"));
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("nonsense")}),
-             std::make_pair(std::optional<int>(0), QStringLiteral("invalid\n")));
-    // It is looked for anywhere, before the other switches.
-    QCOMPARE(run({QStringLiteral("--version"), QStringLiteral("--parse-keys"), QStringLiteral("f4")}).second,
-             QStringLiteral("keyCode=118 flags=0 carbon=0\n"));
-    // As the last argument it is ignored, and start-up goes on.
-    QCOMPARE(run({QStringLiteral("--parse-keys")}).first, std::nullopt);
-    QCOMPARE(run({QStringLiteral("x"), QStringLiteral("--parse-keys")}).first, std::nullopt);
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status"); // -1: not answered here, start-up goes on
+    QTest::addColumn<QStringList>("says");
+    const auto row = [](const char* name, const QStringList& arguments, int status, const QStringList& says) {
+        QTest::newRow(name) << arguments << status << says;
+    };
+    row("parse keys", words({"--parse-keys", "cmd+v"}), 0,
+        {QStringLiteral("keyCode=9 flags=1048576 carbon=256\n")});
+    row("parse keys, mixed case", words({"--parse-keys", "Ctrl+Opt+Space"}), 0,
+        {QStringLiteral("keyCode=49 flags=786432 carbon=6144\n")});
+    row("parse nonsense", words({"--parse-keys", "nonsense"}), 0, {QStringLiteral("invalid\n")});
+    // Looked for anywhere, before the other switches; as the last word it is ignored.
+    row("parse keys after another switch", words({"--version", "--parse-keys", "f4"}), 0,
+        {QStringLiteral("keyCode=118 flags=0 carbon=0\n")});
+    row("parse keys without text", words({"--parse-keys"}), -1, {});
+    row("parse keys last", words({"x", "--parse-keys"}), -1, {});
+    row("version", words({"--version"}), 0, {QStringLiteral("vantril ")});
+    row("help", words({"--help"}), 0, {QStringLiteral("--parse-keys"), QStringLiteral("--open TITLE")});
+    row("nothing", {}, -1, {});
+    row("unknown switch", words({"--unknown", "file.txt"}), -1, {});
+    // The probe switches are for the running program.
+    row("probe", words({"--probe"}), -1, {});
+}
+
+void TestKeys::switchesAreAnsweredOrIgnored()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QStringList, says);
+    const auto [answered, text] = run(arguments);
+    QCOMPARE(answered, status < 0 ? std::nullopt : std::optional<int>(status));
+    for (const QString& part : says)
+        QVERIFY2(text.contains(part), qPrintable(text));
 }
 
 void TestKeys::checkReportsWhereTheFileIsWrong()
@@ -254,21 +275,6 @@ void TestKeys::checkReportsWhereTheFileIsWrong()
     // Without a file it checks the bar's own document.
     QVERIFY(writeAll(Config::buttonsPath(), Config::encoded(Config::defaults())));
     QCOMPARE(run({QStringLiteral("--check")}).second, QStringLiteral("ok\n"));
-}
-
-void TestKeys::switchesAreAnsweredOrIgnored()
-{
-    const auto version = run({QStringLiteral("--version")});
-    QCOMPARE(version.first, std::optional<int>(0));
-    QVERIFY(version.second.startsWith(QStringLiteral("vantril ")));
-    const auto help = run({QStringLiteral("--help")});
-    QCOMPARE(help.first, std::optional<int>(0));
-    QVERIFY(help.second.contains(QStringLiteral("--parse-keys")));
-    QVERIFY(help.second.contains(QStringLiteral("--open TITLE")));
-    QCOMPARE(run({}).first, std::nullopt);
-    QCOMPARE(run({QStringLiteral("--unknown"), QStringLiteral("file.txt")}).first, std::nullopt);
-    // The probe switches are for the running program, not answered here.
-    QCOMPARE(run({QStringLiteral("--probe")}).first, std::nullopt);
 }
 
 void TestKeys::commandWordsForTheBar_data()

@@ -7,6 +7,7 @@
 #include "config/Config.h"
 #include "config/ConfigDocument.h"
 #include "config/ConfigReader.h"
+#include "config/ConfigWatcher.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -27,6 +28,7 @@ class TestStore : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void folderFollowsEnvironment_data();
     void folderFollowsEnvironment();
     void firstLaunchWritesDefaults();
     void validFileIsReadWithoutWriting();
@@ -49,6 +51,8 @@ private Q_SLOTS:
     void keepsFortyNewestAndNeverCountsInvalidOnes();
     void handWrittenNotesFileIsNewestButNeverBlocks();
     void restoreListLabelsAndLimits();
+    void watcherFollowsOnlyRealHandEdits_data();
+    void watcherFollowsOnlyRealHandEdits();
 
 private Q_SLOTS:
     void commitSavesBacksUpAndRecordsUndo();
@@ -110,41 +114,40 @@ using Trouble = std::function<void(const TempConfigDir&)>;
 
 Q_DECLARE_METATYPE(Trouble)
 
+void TestStore::folderFollowsEnvironment_data()
+{
+    QTest::addColumn<QVariant>("own"); // VANTRIL_CONFIG_DIR, invalid: unset
+    QTest::addColumn<QVariant>("xdg"); // XDG_CONFIG_HOME, invalid: unset
+    QTest::addColumn<QString>("folder");
+    const QString home = QDir::homePath();
+    QTest::newRow("neither") << QVariant() << QVariant() << home + QStringLiteral("/.config/vantril");
+    QTest::newRow("XDG") << QVariant() << QVariant(QStringLiteral("/tmp/xdg-somewhere"))
+                         << QStringLiteral("/tmp/xdg-somewhere/vantril");
+    // A relative XDG_CONFIG_HOME is invalid by the base-directory rules and is ignored.
+    QTest::newRow("relative XDG") << QVariant() << QVariant(QStringLiteral("relative/dir"))
+                                  << home + QStringLiteral("/.config/vantril");
+    QTest::newRow("own before XDG") << QVariant(QStringLiteral("/srv/bar config/~x"))
+                                    << QVariant(QStringLiteral("/tmp/xdg"))
+                                    << QStringLiteral("/srv/bar config/~x");
+    QTest::newRow("own, relative") << QVariant(QStringLiteral("sub/dir")) << QVariant()
+                                   << QDir::current().absoluteFilePath(QStringLiteral("sub/dir"));
+    // Set but empty is still set: the current folder, not the default.
+    QTest::newRow("own, empty") << QVariant(QString()) << QVariant() << QDir::currentPath();
+}
+
 void TestStore::folderFollowsEnvironment()
 {
-    const QString home = QDir::homePath();
-    {
-        EnvGuard config("VANTRIL_CONFIG_DIR", std::nullopt);
-        EnvGuard xdg("XDG_CONFIG_HOME", std::nullopt);
-        QCOMPARE(Config::dir(), home + QStringLiteral("/.config/vantril"));
-    }
-    {
-        EnvGuard config("VANTRIL_CONFIG_DIR", std::nullopt);
-        EnvGuard xdg("XDG_CONFIG_HOME", QByteArray("/tmp/xdg-somewhere"));
-        QCOMPARE(Config::dir(), QStringLiteral("/tmp/xdg-somewhere/vantril"));
-    }
-    {
-        // A relative XDG_CONFIG_HOME is invalid by the base-directory rules and is ignored.
-        EnvGuard config("VANTRIL_CONFIG_DIR", std::nullopt);
-        EnvGuard xdg("XDG_CONFIG_HOME", QByteArray("relative/dir"));
-        QCOMPARE(Config::dir(), home + QStringLiteral("/.config/vantril"));
-    }
-    {
-        EnvGuard config("VANTRIL_CONFIG_DIR", QByteArray("/srv/bar config/~x"));
-        EnvGuard xdg("XDG_CONFIG_HOME", QByteArray("/tmp/xdg"));
-        QCOMPARE(Config::dir(), QStringLiteral("/srv/bar config/~x"));
-        QCOMPARE(Config::buttonsPath(), QStringLiteral("/srv/bar config/~x/buttons.json"));
-        QCOMPARE(Config::backupsDir(), QStringLiteral("/srv/bar config/~x/backups"));
-    }
-    {
-        EnvGuard config("VANTRIL_CONFIG_DIR", QByteArray("sub/dir"));
-        QCOMPARE(Config::dir(), QDir::current().absoluteFilePath(QStringLiteral("sub/dir")));
-    }
-    {
-        // Set but empty is still set: the current folder, not the default.
-        EnvGuard config("VANTRIL_CONFIG_DIR", QByteArray(""));
-        QCOMPARE(Config::dir(), QDir::currentPath());
-    }
+    QFETCH(QVariant, own);
+    QFETCH(QVariant, xdg);
+    QFETCH(QString, folder);
+    const auto value = [](const QVariant& v) {
+        return v.isValid() ? std::optional(v.toString().toLocal8Bit()) : std::nullopt;
+    };
+    EnvGuard config("VANTRIL_CONFIG_DIR", value(own));
+    EnvGuard base("XDG_CONFIG_HOME", value(xdg));
+    QCOMPARE(Config::dir(), folder);
+    QCOMPARE(Config::buttonsPath(), folder + QStringLiteral("/buttons.json"));
+    QCOMPARE(Config::backupsDir(), folder + QStringLiteral("/backups"));
 }
 
 void TestStore::firstLaunchWritesDefaults()
@@ -1027,5 +1030,65 @@ void TestStore::presetsCommitOnlyWhenSomethingChanged()
     QVERIFY(!document.cfg().appSets); // the emptied set disappears
 }
 
-QTEST_APPLESS_MAIN(TestStore)
+void TestStore::watcherFollowsOnlyRealHandEdits_data()
+{
+    QTest::addColumn<QList<QByteArray>>("writes"); // one after another, in place
+    QTest::addColumn<bool>("renamedOver");         // the last one replaces the file, as editors save
+    QTest::addColumn<int>("reloads");
+
+    QList<QByteArray> burst;
+    for (int i = 3; i <= 12; ++i)
+        burst.append(document(i));
+    const QByteArray shown = Config::encoded(*ConfigReader::decode(document(2)));
+    QTest::newRow("a burst of ten writes") << burst << false << 1;
+    QTest::newRow("the program's own save") << QList<QByteArray>{shown} << false << 0;
+    QTest::newRow("layout only") << QList<QByteArray>{"  " + document(2) + "\n"} << false << 0;
+    QTest::newRow("does not decode") << QList<QByteArray>{"{ \"buttons\": ["} << false << 0;
+    QTest::newRow("renamed over") << QList<QByteArray>{document(4)} << true << 1;
+    QTest::newRow("written into the replacement") << QList<QByteArray>{document(4), document(5)} << true << 1;
+}
+
+void TestStore::watcherFollowsOnlyRealHandEdits()
+{
+    QFETCH(QList<QByteArray>, writes);
+    QFETCH(bool, renamedOver);
+    QFETCH(int, reloads);
+    TempConfigDir dir;
+    QVERIFY(writeAll(dir.buttonsJson(), document(2)));
+    BarConfig current = *ConfigReader::decode(document(2));
+    QList<int> reloaded; // the number of buttons of each document handed on
+    ConfigWatcher watcher([&]() -> const BarConfig& { return current; },
+                          [&](const BarConfig& edited) {
+                              reloaded.append(int(edited.buttons.size()));
+                              current = edited;
+                          });
+    watcher.start();
+
+    QElapsedTimer burst;
+    burst.start();
+    for (qsizetype i = 0; i < writes.size(); ++i) {
+        if (renamedOver && i == 0) {
+            const QString temporary = dir.file(QStringLiteral(".buttons.json.edit"));
+            QVERIFY(writeAll(temporary, writes[i]));
+            QVERIFY(::rename(QFile::encodeName(temporary).constData(),
+                             QFile::encodeName(dir.buttonsJson()).constData()) == 0);
+            // The replacement is watched in its turn once the first change has been seen.
+            QTRY_COMPARE_WITH_TIMEOUT(reloaded.size(), 1, 10000);
+            burst.restart();
+        } else {
+            QVERIFY(writeAll(dir.buttonsJson(), writes[i]));
+        }
+    }
+    const bool stalled = burst.elapsed() >= ConfigWatcher::debounceMs / 2;
+    if (reloads > 0)
+        QTRY_VERIFY_WITH_TIMEOUT(!reloaded.isEmpty() &&
+                                     reloaded.last() == ConfigReader::decode(writes.last())->buttons.size(),
+                                 10000);
+    // Long enough for any later reload to have come.
+    QTest::qWait(3 * ConfigWatcher::debounceMs);
+    if (!stalled)
+        QCOMPARE(reloaded.size(), reloads + (renamedOver && writes.size() > 1 ? 1 : 0));
+}
+
+QTEST_GUILESS_MAIN(TestStore)
 #include "tst_store.moc"

@@ -61,7 +61,7 @@ QRect workArea()
 
 bool isCompositing()
 {
-    const auto reply = adopt(xcb_get_selection_owner_reply(
+    const auto reply = adoptReply(xcb_get_selection_owner_reply(
         connection(), xcb_get_selection_owner(connection(), atom(QByteArrayLiteral("_NET_WM_CM_S0"))),
         nullptr));
     return reply && reply->owner != XCB_NONE;
@@ -92,7 +92,7 @@ xcb_window_t topLevelOf(xcb_window_t window)
 {
     for (;;) {
         const auto tree =
-            adopt(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
+            adoptReply(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
         if (!tree || tree->parent == XCB_NONE || tree->parent == tree->root)
             return window;
         window = tree->parent;
@@ -362,7 +362,7 @@ xcb_connection_t* connection()
 
 xcb_atom_t atom(const QByteArray& name)
 {
-    const auto reply = adopt(xcb_intern_atom_reply(
+    const auto reply = adoptReply(xcb_intern_atom_reply(
         connection(), xcb_intern_atom(connection(), 0, static_cast<quint16>(name.size()), name.constData()),
         nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
@@ -376,7 +376,7 @@ xcb_window_t rootWindow()
 QList<xcb_window_t> childWindows(xcb_window_t window)
 {
     const auto reply =
-        adopt(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
+        adoptReply(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
     if (!reply)
         return {};
     const xcb_window_t* children = xcb_query_tree_children(reply.get());
@@ -385,7 +385,7 @@ QList<xcb_window_t> childWindows(xcb_window_t window)
 
 std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property)
 {
-    const auto reply = adopt(xcb_get_property_reply(
+    const auto reply = adoptReply(xcb_get_property_reply(
         connection(), xcb_get_property(connection(), 0, window, property, XCB_ATOM_ANY, 0, 1), nullptr));
     if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
         return std::nullopt;
@@ -394,7 +394,7 @@ std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property)
 
 std::optional<Attributes> attributesOf(xcb_window_t window)
 {
-    const auto reply = adopt(xcb_get_window_attributes_reply(
+    const auto reply = adoptReply(xcb_get_window_attributes_reply(
         connection(), xcb_get_window_attributes(connection(), window), nullptr));
     if (!reply)
         return std::nullopt;
@@ -404,10 +404,10 @@ std::optional<Attributes> attributesOf(xcb_window_t window)
 QRect screenRect(xcb_window_t window)
 {
     const auto geometry =
-        adopt(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
+        adoptReply(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
     if (!geometry)
         return {};
-    const auto origin = adopt(xcb_translate_coordinates_reply(
+    const auto origin = adoptReply(xcb_translate_coordinates_reply(
         connection(), xcb_translate_coordinates(connection(), window, rootWindow(), 0, 0), nullptr));
     if (!origin)
         return {};
