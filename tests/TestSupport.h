@@ -70,3 +70,12 @@ inline ButtonSpec button(const QString& title, const QString& action = QStringLi
 {
     return ButtonSpec::make(title, QString(), action, std::move(argument));
 }
+
+/// The titles of `buttons`, in order.
+inline QStringList titles(const QList<ButtonSpec>& buttons)
+{
+    QStringList list;
+    for (const ButtonSpec& spec : buttons)
+        list.append(spec.title);
+    return list;
+}
