@@ -356,21 +356,17 @@ void saveScreenshot(const QString& name, const QRect& area)
 
 xcb_connection_t* connection()
 {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
+    return qtXcbConnection();
 }
 
 xcb_atom_t atom(const QByteArray& name)
 {
-    const auto reply = adoptReply(xcb_intern_atom_reply(
-        connection(), xcb_intern_atom(connection(), 0, static_cast<quint16>(name.size()), name.constData()),
-        nullptr));
-    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    return internAtoms(connection(), {name}).value(0, XCB_ATOM_NONE);
 }
 
 xcb_window_t rootWindow()
 {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+    return rootWindow(connection());
 }
 
 QList<xcb_window_t> childWindows(xcb_window_t window)
