@@ -12,7 +12,7 @@
 #include "app/InstancePaths.h"
 #include "bar/BarView.h"
 #include "bar/RunQuestionBox.h"
-#include "config/ConfigReader.h"
+#include "config/Config.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -20,9 +20,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMessageBox>
 #include <QRegion>
 #include <QRegularExpression>
@@ -410,21 +407,15 @@ void TestBarEndToEnd::keysAndPasteChipsTypeIntoTheFrontWindow()
     const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
     QVERIFY2(client, "keyprobe did not become the active window");
 
-    const auto chip = [](const QString& title, const QString& action, const QString& argument) {
-        return QJsonObject{{QStringLiteral("title"), title},
-                           {QStringLiteral("symbol"), QStringLiteral("keyboard")},
-                           {QStringLiteral("action"), action},
-                           {QStringLiteral("argument"), argument}};
-    };
-    const QJsonObject config{
-        {QStringLiteral("buttons"),
-         QJsonArray{
-             chip(QStringLiteral("Shout"), QStringLiteral("keys"), QStringLiteral("shift+h")),
-             chip(QStringLiteral("Greet"), QStringLiteral("paste"), QStringLiteral("hello from the bar"))}}};
-    QVERIFY(m_home->writeButtons(QJsonDocument(config).toJson()));
+    BarConfig config;
+    config.buttons = {ButtonSpec::make(QStringLiteral("Shout"), QStringLiteral("keyboard"),
+                                       QStringLiteral("keys"), QStringLiteral("shift+h")),
+                      ButtonSpec::make(QStringLiteral("Greet"), QStringLiteral("keyboard"),
+                                       QStringLiteral("paste"), QStringLiteral("hello from the bar"))};
+    QVERIFY(m_home->writeButtons(Config::encoded(config)));
     RunningBar vantril(*m_home, withoutFrontApp());
     QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const BarLayout layout = layoutOf(*ConfigReader::decode(QJsonDocument(config).toJson()));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(vantril.waitForWidth(layout.width));
     QCOMPARE(activeWindow(), *client);
 

@@ -11,15 +11,13 @@
 #include "TestSupport.h"
 #include "app/MenuModel.h"
 #include "bar/BarView.h"
+#include "config/Config.h"
 #include "config/ConfigReader.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QScreen>
 #include <QTest>
 #include <cstdio>
@@ -57,46 +55,35 @@ bool isWhite(const QColor& colour)
     return colour.isValid() && colour.red() >= 235 && colour.green() >= 235 && colour.blue() >= 235;
 }
 
-QJsonObject plain(const QString& title)
+ButtonSpec plain(const QString& title)
 {
-    return {{QStringLiteral("title"), title},
-            {QStringLiteral("symbol"), QStringLiteral("doc")},
-            {QStringLiteral("action"), QStringLiteral("open")},
-            {QStringLiteral("argument"), QStringLiteral("/tmp")}};
+    return ButtonSpec::make(title, QStringLiteral("doc"), QStringLiteral("open"), QStringLiteral("/tmp"));
 }
 
 /// A chip whose tap only writes a line to standard error.
-QJsonObject logChip(const QString& title)
+ButtonSpec logChip(const QString& title)
 {
-    return {{QStringLiteral("title"), title},
-            {QStringLiteral("symbol"), QStringLiteral("terminal")},
-            {QStringLiteral("action"), QStringLiteral("applescript")},
-            {QStringLiteral("argument"), QStringLiteral("beep")}};
+    return ButtonSpec::make(title, QStringLiteral("terminal"), QStringLiteral("applescript"),
+                            QStringLiteral("beep"));
 }
 
-QJsonObject stack(const QString& title, const QJsonArray& children)
+ButtonSpec stack(const QString& title, const QList<ButtonSpec>& children)
 {
-    return {{QStringLiteral("title"), title},
-            {QStringLiteral("symbol"), QStringLiteral("folder")},
-            {QStringLiteral("action"), QStringLiteral("group")},
-            {QStringLiteral("children"), children}};
+    ButtonSpec spec = ButtonSpec::make(title, QStringLiteral("folder"), QStringLiteral("group"));
+    spec.children = children;
+    return spec;
 }
 
-QJsonObject document(const QJsonArray& buttons)
+BarConfig document(const QList<ButtonSpec>& buttons)
 {
-    return {{QStringLiteral("buttons"), buttons}};
+    return BarConfig{buttons, std::nullopt, std::nullopt};
 }
 
 /// `config` with a set of buttons for each of the made-up applications VantrilAlpha and VantrilBeta.
-QJsonObject withAppSets(QJsonObject config, const QJsonArray& alpha, const QJsonArray& beta)
+BarConfig withAppSets(BarConfig config, const QList<ButtonSpec>& alpha, const QList<ButtonSpec>& beta)
 {
-    const auto set = [](const QString& name, const QJsonArray& buttons) {
-        return QJsonObject{{QStringLiteral("app"), QString(QStringLiteral("Vantril") + name)},
-                           {QStringLiteral("name"), name},
-                           {QStringLiteral("buttons"), buttons}};
-    };
-    config.insert(QStringLiteral("appSets"),
-                  QJsonArray{set(QStringLiteral("Alpha"), alpha), set(QStringLiteral("Beta"), beta)});
+    config.appSets = QList<AppSet>{{QStringLiteral("VantrilAlpha"), QStringLiteral("Alpha"), alpha},
+                                   {QStringLiteral("VantrilBeta"), QStringLiteral("Beta"), beta}};
     return config;
 }
 
@@ -105,44 +92,27 @@ bool activate(quintptr window)
     return xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), QString::number(window)});
 }
 
-QJsonArray plainButtons(const QStringList& titles)
+QList<ButtonSpec> plainButtons(const QStringList& titles)
 {
-    QJsonArray buttons;
+    QList<ButtonSpec> buttons;
     for (const QString& title : titles)
         buttons.append(plain(title));
     return buttons;
 }
 
-BarConfig decoded(const QJsonObject& json)
+/// What buttons.json holds now; nothing when it does not decode.
+BarConfig decoded(const QByteArray& bytes)
 {
-    return ConfigReader::decode(QJsonDocument(json).toJson()).value_or(BarConfig{});
+    return ConfigReader::decode(bytes).value_or(BarConfig{});
 }
 
-QJsonObject parsed(const QByteArray& bytes)
+ButtonSpec topButton(const QByteArray& bytes, const QString& title)
 {
-    return QJsonDocument::fromJson(bytes).object();
-}
-
-QStringList topTitles(const QByteArray& bytes)
-{
-    QStringList titles;
-    for (const QJsonValue& button : parsed(bytes).value(QStringLiteral("buttons")).toArray())
-        titles.append(button.toObject().value(QStringLiteral("title")).toString());
-    return titles;
-}
-
-QJsonObject topButton(const QByteArray& bytes, const QString& title)
-{
-    for (const QJsonValue& button : parsed(bytes).value(QStringLiteral("buttons")).toArray()) {
-        if (button.toObject().value(QStringLiteral("title")).toString() == title)
-            return button.toObject();
+    for (const ButtonSpec& button : decoded(bytes).buttons) {
+        if (button.title == title)
+            return button;
     }
     return {};
-}
-
-QJsonArray childrenOf(const QByteArray& bytes, const QString& title)
-{
-    return topButton(bytes, title).value(QStringLiteral("children")).toArray();
 }
 
 /// How long buttons.json must stay untouched after a refused change before it counts as unchanged. A
@@ -254,12 +224,12 @@ private:
     QString path(const QString& name) const { return m_home->path(name); }
     QByteArray saved() const { return m_home->buttons(); }
     QRect barFrame() const { return m_vantril->frame(); }
-    bool writeConfig(const QJsonObject& config)
+    bool writeConfig(const BarConfig& config)
     {
-        return writeAll(m_home->buttonsJson(), QJsonDocument(config).toJson());
+        return writeAll(m_home->buttonsJson(), Config::encoded(config));
     }
     /// Writes `config`, starts the program and waits for its bar.
-    bool startBar(const QJsonObject& config, const Variables& variables = {});
+    bool startBar(const BarConfig& config, const Variables& variables = {});
     bool waitForWidth(int width, int timeoutMs = windowTimeoutMs)
     {
         return m_vantril->waitForWidth(width, timeoutMs);
@@ -303,7 +273,7 @@ void TestEditingEndToEnd::cleanup()
     m_home.reset();
 }
 
-bool TestEditingEndToEnd::startBar(const QJsonObject& config, const Variables& variables)
+bool TestEditingEndToEnd::startBar(const BarConfig& config, const Variables& variables)
 {
     if (!writeConfig(config))
         return false;
@@ -384,19 +354,20 @@ bool TestEditingEndToEnd::dropFromSource(TestProcess& source, quintptr sourceWin
 
 void TestEditingEndToEnd::chipDraggedToEitherEndMovesThere()
 {
-    const QStringList titles = {QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
-                                QStringLiteral("4"), QStringLiteral("5")};
-    const QJsonObject config = document(plainButtons(titles));
+    const QStringList numbers = {QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
+                                 QStringLiteral("4"), QStringLiteral("5")};
+    const BarConfig config = document(plainButtons(numbers));
     QVERIFY(startBar(config));
-    const BarLayout layout = layoutOf(decoded(config));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(waitForWidth(layout.width));
 
     QByteArray before = saved();
     const QPoint farLeft = barFrame().topLeft() + QPoint(4, BarView::barHeight / 2);
     QVERIFY(dragBetween(chipCentre(layout, QStringLiteral("3")), farLeft));
     QVERIFY2(waitForSave(before), "the drag to the left end changed nothing");
-    QCOMPARE(topTitles(saved()), (QStringList{QStringLiteral("3"), QStringLiteral("1"), QStringLiteral("2"),
-                                              QStringLiteral("4"), QStringLiteral("5")}));
+    QCOMPARE(titles(decoded(saved()).buttons),
+             (QStringList{QStringLiteral("3"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("4"),
+                          QStringLiteral("5")}));
 
     // The same chips in another order: the bar keeps its width, and the chips move along.
     const BarLayout reordered = layoutOf(*ConfigReader::decode(saved()));
@@ -405,21 +376,21 @@ void TestEditingEndToEnd::chipDraggedToEitherEndMovesThere()
     const QPoint farRight = barFrame().topLeft() + QPoint(barFrame().width() - 4, BarView::barHeight / 2);
     QVERIFY(dragBetween(chipCentre(reordered, QStringLiteral("3")), farRight));
     QVERIFY2(waitForSave(before), "the drag to the right end changed nothing");
-    QCOMPARE(topTitles(saved()), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("4"),
-                                              QStringLiteral("5"), QStringLiteral("3")}));
+    QCOMPARE(titles(decoded(saved()).buttons),
+             (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("4"), QStringLiteral("5"),
+                          QStringLiteral("3")}));
     // Moved, not copied or changed.
     QCOMPARE(topButton(saved(), QStringLiteral("3")), plain(QStringLiteral("3")));
 }
 
 void TestEditingEndToEnd::memberDraggedOutOfFlyoutLandsOnTheBar()
 {
-    const QJsonObject m1 = plain(QStringLiteral("m1"));
-    const QJsonObject m2 = plain(QStringLiteral("m2"));
-    const QJsonObject config =
-        document({plain(QStringLiteral("1")), plain(QStringLiteral("2")),
-                  stack(QStringLiteral("Stack"), {m1, m2}), plain(QStringLiteral("3"))});
+    const ButtonSpec m1 = plain(QStringLiteral("m1"));
+    const ButtonSpec m2 = plain(QStringLiteral("m2"));
+    const BarConfig config = document({plain(QStringLiteral("1")), plain(QStringLiteral("2")),
+                                       stack(QStringLiteral("Stack"), {m1, m2}), plain(QStringLiteral("3"))});
     QVERIFY(startBar(config));
-    const BarLayout layout = layoutOf(decoded(config));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(waitForWidth(layout.width));
 
     QVERIFY(clickAt(chipCentre(layout, QStringLiteral("Stack"))));
@@ -452,10 +423,11 @@ void TestEditingEndToEnd::memberDraggedOutOfFlyoutLandsOnTheBar()
                    : "the drag out of the flyout changed nothing, and the flyout closed during it");
     }
     const QByteArray after = saved();
-    QCOMPARE(topTitles(after), (QStringList{QStringLiteral("1"), QStringLiteral("m2"), QStringLiteral("2"),
-                                            QStringLiteral("Stack"), QStringLiteral("3")}));
+    QCOMPARE(titles(decoded(after).buttons),
+             (QStringList{QStringLiteral("1"), QStringLiteral("m2"), QStringLiteral("2"),
+                          QStringLiteral("Stack"), QStringLiteral("3")}));
     QCOMPARE(topButton(after, QStringLiteral("m2")), m2);
-    QCOMPARE(childrenOf(after, QStringLiteral("Stack")), QJsonArray{m1});
+    QCOMPARE(topButton(after, QStringLiteral("Stack")).children, std::optional(QList<ButtonSpec>{m1}));
 }
 
 // ---- drops from another program ----
@@ -466,10 +438,10 @@ void TestEditingEndToEnd::filesDroppedBetweenChipsLandInReverseOrder()
                                path(QStringLiteral("three.txt"))};
     for (const QString& file : files)
         QVERIFY(writeAll(file, "x"));
-    const QJsonObject config =
+    const BarConfig config =
         document(plainButtons({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}));
     QVERIFY(startBar(config));
-    const BarLayout layout = layoutOf(decoded(config));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(waitForWidth(layout.width));
 
     TestProcess source(QStringLiteral(TESTWINDOW_BINARY), QStringList{QStringLiteral("drag")} + files);
@@ -487,12 +459,12 @@ void TestEditingEndToEnd::filesDroppedBetweenChipsLandInReverseOrder()
     QVERIFY2(waitForSave(before), "the drop changed nothing");
 
     const QByteArray after = saved();
-    QCOMPARE(topTitles(after),
+    QCOMPARE(titles(decoded(after).buttons),
              (QStringList{QStringLiteral("A"), QStringLiteral("three.txt"), QStringLiteral("two.txt"),
                           QStringLiteral("one.txt"), QStringLiteral("B"), QStringLiteral("C")}));
-    const QJsonObject dropped = topButton(after, QStringLiteral("two.txt"));
-    QCOMPARE(dropped.value(QStringLiteral("action")).toString(), QStringLiteral("open"));
-    QCOMPARE(dropped.value(QStringLiteral("argument")).toString(), files.at(1));
+    const ButtonSpec dropped = topButton(after, QStringLiteral("two.txt"));
+    QCOMPARE(dropped.action, QStringLiteral("open"));
+    QCOMPARE(dropped.argument, std::optional(files.at(1)));
     // The bar shows what was saved.
     QVERIFY(waitForWidth(layoutOf(*ConfigReader::decode(after)).width));
 }
@@ -518,13 +490,11 @@ void TestEditingEndToEnd::fileDroppedOnAppChipOpensWithIt()
     const QString dropped = path(QStringLiteral("letter.txt"));
     QVERIFY(writeAll(dropped, "x"));
 
-    const QJsonObject app = {{QStringLiteral("title"), QStringLiteral("Recorder")},
-                             {QStringLiteral("symbol"), QStringLiteral("app")},
-                             {QStringLiteral("action"), QStringLiteral("app")},
-                             {QStringLiteral("argument"), entry}};
-    const QJsonObject config = document({plain(QStringLiteral("A")), app, plain(QStringLiteral("B"))});
+    const ButtonSpec app =
+        ButtonSpec::make(QStringLiteral("Recorder"), QStringLiteral("app"), QStringLiteral("app"), entry);
+    const BarConfig config = document({plain(QStringLiteral("A")), app, plain(QStringLiteral("B"))});
     QVERIFY(startBar(config));
-    const BarLayout layout = layoutOf(decoded(config));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(waitForWidth(layout.width));
 
     TestProcess source(QStringLiteral(TESTWINDOW_BINARY), {QStringLiteral("drag"), dropped});
@@ -557,9 +527,9 @@ void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
         files.append(makeStray(kind, folder));
         QVERIFY(!files.last().isEmpty());
     }
-    const QJsonObject config = document(plainButtons({QStringLiteral("A"), QStringLiteral("B")}));
+    const BarConfig config = document(plainButtons({QStringLiteral("A"), QStringLiteral("B")}));
     QVERIFY(startBar(config));
-    const BarLayout layout = layoutOf(decoded(config));
+    const BarLayout layout = layoutOf(config);
     QVERIFY(waitForWidth(layout.width));
 
     TestProcess source(QStringLiteral(TESTWINDOW_BINARY), QStringList{QStringLiteral("drag")} + files);
@@ -577,9 +547,7 @@ void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
 
     // A stray desktop entry is no application, only a document that asks before it runs; nothing was
     // started.
-    const auto action = [&](const QString& title) {
-        return topButton(after, title).value(QStringLiteral("action")).toString();
-    };
+    const auto action = [&](const QString& title) { return topButton(after, title).action; };
     QCOMPARE(action(QStringLiteral("invoice.pdf.sh")), QStringLiteral("open"));
     QCOMPARE(action(QStringLiteral("tool")), QStringLiteral("open"));
     QCOMPARE(action(QStringLiteral("invoice.desktop")), QStringLiteral("open"));
@@ -590,22 +558,16 @@ void TestEditingEndToEnd::droppedProgramsOnlyBecomeChips()
 
 void TestEditingEndToEnd::frontApplicationChoosesTheSet()
 {
-    QJsonObject config = withAppSets(
+    BarConfig config = withAppSets(
         document({logChip(QStringLiteral("Log")), plain(QStringLiteral("1"))}), {plain(QStringLiteral("a1"))},
         plainButtons({QStringLiteral("b1"), QStringLiteral("b2"), QStringLiteral("b3")}));
     // A set named the way a user sees a window: by its class, in any case.
-    QJsonArray sets = config.value(QStringLiteral("appSets")).toArray();
-    sets.append(
-        QJsonObject{{QStringLiteral("app"), QStringLiteral("mytool")},
-                    {QStringLiteral("name"), QStringLiteral("MyTool")},
-                    {QStringLiteral("buttons"), plainButtons({QStringLiteral("t1"), QStringLiteral("t2")})}});
-    config.insert(QStringLiteral("appSets"), sets);
-    const BarConfig parsedConfig = decoded(config);
-    QVERIFY(parsedConfig.appSets && parsedConfig.appSets->size() == 3);
-    const BarLayout plainLayout = layoutOf(parsedConfig);
-    const int alphaWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(0).buttons).width;
-    const int betaWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(1).buttons).width;
-    const int toolWidth = layoutOf(parsedConfig, parsedConfig.appSets->at(2).buttons).width;
+    config.appSets->append(AppSet{QStringLiteral("mytool"), QStringLiteral("MyTool"),
+                                  plainButtons({QStringLiteral("t1"), QStringLiteral("t2")})});
+    const BarLayout plainLayout = layoutOf(config);
+    const int alphaWidth = layoutOf(config, config.appSets->at(0).buttons).width;
+    const int betaWidth = layoutOf(config, config.appSets->at(1).buttons).width;
+    const int toolWidth = layoutOf(config, config.appSets->at(2).buttons).width;
     QVERIFY(plainLayout.width < alphaWidth && alphaWidth < toolWidth && toolWidth < betaWidth);
 
     // The program behind every window below is an installed application, as xterm would be for a window
@@ -674,7 +636,7 @@ void TestEditingEndToEnd::handEditsAreFollowed()
             titles.append(QStringLiteral("B%1").arg(i));
         return document(plainButtons(titles));
     };
-    const auto widthWith = [&](int count) { return layoutOf(decoded(configWith(count))).width; };
+    const auto widthWith = [&](int count) { return layoutOf(configWith(count)).width; };
 
     QVERIFY(startBar(configWith(2)));
     QVERIFY(waitForWidth(widthWith(2)));
@@ -703,7 +665,7 @@ void TestEditingEndToEnd::handEditsAreFollowed()
 
     // Saved the way editors save: a new file renamed over the old one.
     const QString temporary = QDir(m_home->configDir()).filePath(QStringLiteral(".buttons.json.edit"));
-    QVERIFY(writeAll(temporary, QJsonDocument(configWith(6)).toJson()));
+    QVERIFY(writeAll(temporary, Config::encoded(configWith(6))));
     QCOMPARE(std::rename(QFile::encodeName(temporary).constData(),
                          QFile::encodeName(m_home->buttonsJson()).constData()),
              0);
@@ -711,7 +673,7 @@ void TestEditingEndToEnd::handEditsAreFollowed()
     // The replacement is watched in its turn: a write into it in place is followed too.
     QVERIFY(writeConfig(configWith(4)));
     QVERIFY(waitForWidth(widthWith(4)));
-    QVERIFY(writeAll(temporary, QJsonDocument(configWith(7)).toJson()));
+    QVERIFY(writeAll(temporary, Config::encoded(configWith(7))));
     QCOMPARE(std::rename(QFile::encodeName(temporary).constData(),
                          QFile::encodeName(m_home->buttonsJson()).constData()),
              0);

@@ -1,5 +1,7 @@
 #include "X11Windows.h"
 
+#include "platform/x11/WorkArea.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -41,22 +43,7 @@ bool supportsHint(const QByteArray& hint)
 
 QRect workArea()
 {
-    const auto numbers = [](const QString& name) {
-        QList<int> values;
-        const QString line = output(QStringLiteral("xprop"), {QStringLiteral("-root"), name});
-        auto matches = QRegularExpression(QStringLiteral("(?<=[=,]) *(\\d+)")).globalMatch(line);
-        while (matches.hasNext())
-            values.append(matches.next().captured(1).toInt());
-        return values;
-    };
-    const QList<int> areas = numbers(QStringLiteral("_NET_WORKAREA"));
-    const QList<int> current = numbers(QStringLiteral("_NET_CURRENT_DESKTOP"));
-    qsizetype at = current.isEmpty() ? 0 : current.first() * 4;
-    if (at + 4 > areas.size())
-        at = 0;
-    if (areas.size() < at + 4)
-        return QRect(0, 0, screenWidth, screenHeight);
-    return QRect(areas.at(at), areas.at(at + 1), areas.at(at + 2), areas.at(at + 3));
+    return currentWorkArea().value_or(QRect(0, 0, screenWidth, screenHeight));
 }
 
 bool isCompositing()
