@@ -401,6 +401,18 @@ void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()
                                   << QStringLiteral("Vantril 1.0 is up to date.") << QString();
     QTest::newRow("no version") << QByteArray(R"({"url": "https://example.org"})")
                                 << QStringLiteral("The update feed could not be read.") << QString();
+    // Versions compare by number.
+    QTest::newRow("older") << QByteArray(R"({"version": "0.9"})")
+                           << QStringLiteral("Vantril 1.0 is up to date.") << QString();
+    QTest::newRow("1.0.1 is newer") << QByteArray(R"({"version": "1.0.1"})")
+                                    << QStringLiteral("Vantril 1.0.1 is available (you have 1.0).")
+                                    << QString();
+    QTest::newRow("1.10") << QByteArray(R"({"version": "1.10"})")
+                          << QStringLiteral("Vantril 1.10 is available (you have 1.0).") << QString();
+    QTest::newRow("not JSON") << QByteArray("<html>502</html>")
+                              << QStringLiteral("The update feed could not be read.") << QString();
+    QTest::newRow("version not text") << QByteArray(R"({"version": 2})")
+                                      << QStringLiteral("The update feed could not be read.") << QString();
     QTest::newRow("markup after the number is text")
         << QByteArray(R"({"version": "2.0<img src=x onerror=alert(1)>"})")
         << QStringLiteral("Vantril 2.0&lt;img src=x onerror=alert(1)&gt; is available (you have 1.0).")

@@ -151,6 +151,7 @@ void TestViews::everySymbolOfTheProgramIsDrawn_data()
     QTest::newRow("typed emoji") << QStringLiteral("👋") << false;
     QTest::newRow("typed word") << QStringLiteral("Hello") << false;
     QTest::newRow("typed unknown name") << QStringLiteral("no.such.symbol") << false;
+    QTest::newRow("no symbol") << QString() << false;
 }
 
 void TestViews::everySymbolOfTheProgramIsDrawn()
