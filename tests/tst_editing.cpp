@@ -36,6 +36,7 @@ private Q_SLOTS:
     void insertionIgnoresTheDraggedChip();
     void markerSitsBesideItsNeighbour();
     void draggingFeedbackRespectsLocksAndSets();
+    void reorderingAlongTheBar_data();
     void reorderingAlongTheBar();
     void movingIntoAndOutOfStacks();
     void droppedFilesAndLinksBecomeButtons();
@@ -330,23 +331,36 @@ void TestEditing::draggingFeedbackRespectsLocksAndSets()
         DragEditing::dragFeedback(button(QStringLiteral("member")), betweenChips, bar, cfg, frames)->markerX);
 }
 
+void TestEditing::reorderingAlongTheBar_data()
+{
+    QTest::addColumn<QString>("moved");
+    QTest::addColumn<int>("at"); // the marker's place, -1: outside the bar
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<int>("outcome");
+    const int changed = int(DragEditing::Outcome::Changed);
+    const int unchanged = int(DragEditing::Outcome::Unchanged);
+    QTest::newRow("to the front") << QStringLiteral("3") << 0 << QStringLiteral("31245") << changed;
+    QTest::newRow("to the end") << QStringLiteral("3") << 4 << QStringLiteral("12453") << changed;
+    // Back where it was is still a change to commit.
+    QTest::newRow("to its own place") << QStringLiteral("3") << 2 << QStringLiteral("12345") << changed;
+    QTest::newRow("outside") << QStringLiteral("3") << -1 << QStringLiteral("12345") << unchanged;
+    QTest::newRow("a chip that is not there")
+        << QStringLiteral("ghost") << 0 << QStringLiteral("12345") << unchanged;
+}
+
 void TestEditing::reorderingAlongTheBar()
 {
+    QFETCH(QString, moved);
+    QFETCH(int, at);
+    QFETCH(QString, after);
+    QFETCH(int, outcome);
     BarConfig cfg = five();
-    const ButtonSpec third = cfg.buttons[2];
-    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(0)), DragEditing::Outcome::Changed);
-    QCOMPARE(titles(cfg.buttons), (QStringList{QStringLiteral("3"), QStringLiteral("1"), QStringLiteral("2"),
-                                               QStringLiteral("4"), QStringLiteral("5")}));
-    cfg = five();
-    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(4)), DragEditing::Outcome::Changed);
-    QCOMPARE(titles(cfg.buttons), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("4"),
-                                               QStringLiteral("5"), QStringLiteral("3")}));
-    cfg = five();
-    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::insertAt(2)), DragEditing::Outcome::Changed);
-    QCOMPARE(cfg, five()); // back where it was, still a change to commit
-    QCOMPARE(DragEditing::dropChip(cfg, third, DropTarget::outside()), DragEditing::Outcome::Unchanged);
-    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("ghost")), DropTarget::insertAt(0)),
-             DragEditing::Outcome::Unchanged);
+    const ButtonSpec chip = moved == QLatin1String("ghost") ? button(moved) : cfg.buttons[moved.toInt() - 1];
+    QCOMPARE(int(DragEditing::dropChip(cfg, chip, at < 0 ? DropTarget::outside() : DropTarget::insertAt(at))),
+             outcome);
+    QCOMPARE(titles(cfg.buttons).join(QString()), after);
+    if (after == QLatin1String("12345"))
+        QCOMPARE(cfg, five());
 }
 
 void TestEditing::movingIntoAndOutOfStacks()
