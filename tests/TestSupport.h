@@ -1,5 +1,7 @@
 #pragma once
 
+#include "config/BarConfig.h"
+
 #include <QByteArray>
 #include <QMap>
 #include <QString>
@@ -61,3 +63,19 @@ void openUp(const QString& folder);
 /// part-way as on a full disk. When the tests run as root, the child first becomes an unprivileged user
 /// owning `folder`, so that file modes bind it as they bind any user.
 int inChild(const QString& folder, const std::function<int()>& body, qint64 fileSizeLimit = -1);
+
+/// A button of the given kind with every field but title, action and argument absent.
+inline ButtonSpec button(const QString& title, const QString& action = QStringLiteral("open"),
+                         std::optional<QString> argument = {})
+{
+    return ButtonSpec::make(title, QString(), action, std::move(argument));
+}
+
+/// The titles of `buttons`, in order.
+inline QStringList titles(const QList<ButtonSpec>& buttons)
+{
+    QStringList list;
+    for (const ButtonSpec& spec : buttons)
+        list.append(spec.title);
+    return list;
+}

@@ -17,14 +17,12 @@ class TestActions : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void kindsAreExactAndUnknownOnesBeep();
-    void missingArgumentDoesNothing();
+    void whatAChipAsksOfTheDesktop_data();
+    void whatAChipAsksOfTheDesktop();
     void openExpandsTildeAndRefusesWhatIsNoFile();
     void openingNeverRunsAProgram_data();
     void openingNeverRunsAProgram();
     void runStartsOnlyWhatWasAskedAbout();
-    void urlsAreTrimmedAndPrefixed_data();
-    void urlsAreTrimmedAndPrefixed();
     void programsStartDetached();
     void newFolderNeverOverwrites();
     void pressRefusesBadTextAndMissingTrust();
@@ -36,7 +34,7 @@ private Q_SLOTS:
 
 namespace {
 
-ButtonSpec button(const QString& action, std::optional<QString> argument)
+ButtonSpec acting(const QString& action, std::optional<QString> argument)
 {
     ButtonSpec spec;
     spec.title = QStringLiteral("t");
@@ -50,7 +48,7 @@ QStringList run(const QString& action, std::optional<QString> argument, FakePlat
     FakePlatform own;
     FakePlatform& target = platform ? *platform : own;
     target.calls.clear();
-    Actions(target, &target.question()).run(button(action, std::move(argument)));
+    Actions(target, &target.question()).run(acting(action, std::move(argument)));
     return target.calls;
 }
 
@@ -63,29 +61,55 @@ QStringList run(const ButtonSpec& spec, FakePlatform& platform)
 
 } // namespace
 
-void TestActions::kindsAreExactAndUnknownOnesBeep()
+void TestActions::whatAChipAsksOfTheDesktop_data()
 {
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QVariant>("argument"); // invalid: absent
+    QTest::addColumn<QStringList>("calls");
     const QStringList beep{QStringLiteral("beep")};
+    const QVariant none;
+    const auto row = [](const char* name, const char* kind, const QVariant& argument,
+                        const QStringList& calls) {
+        QTest::newRow(name) << QString::fromUtf8(kind) << argument << calls;
+    };
+    // Kinds are exact; unknown ones beep.
     for (const char* kind : {"Open", "group", "", "URL", "mystery", " open"})
-        QCOMPARE(run(QString::fromUtf8(kind), QStringLiteral("x")), beep);
-    QCOMPARE(run(QStringLiteral("group"), std::nullopt), beep);
-    QCOMPARE(run(QStringLiteral("keys"), QStringLiteral("cmd+v")),
-             QStringList{QStringLiteral("post key=9 flags=1048576")});
-    QCOMPARE(run(QStringLiteral("app"), QStringLiteral("Firefox")),
-             QStringList{QStringLiteral("launch Firefox")});
-
-    StderrCapture log;
-    QCOMPARE(run(QStringLiteral("applescript"), QStringLiteral("beep")), QStringList());
-    QCOMPARE(log.text(), QStringLiteral("AppleScript error: AppleScript is not available on this system\n"));
-}
-
-void TestActions::missingArgumentDoesNothing()
-{
-    StderrCapture log;
+        row(qPrintable(QStringLiteral("kind \"%1\"").arg(QString::fromUtf8(kind))), kind, QStringLiteral("x"),
+            beep);
+    row("stack without argument", "group", none, beep);
+    row("keys", "keys", QStringLiteral("cmd+v"), {QStringLiteral("post key=9 flags=1048576")});
+    row("app", "app", QStringLiteral("Firefox"), {QStringLiteral("launch Firefox")});
+    row("applescript", "applescript", QStringLiteral("beep"), {});
+    // A missing argument does nothing, quietly.
     for (const char* kind :
          {"open", "app", "shortcut", "url", "folder", "keys", "paste", "shell", "applescript"})
-        QCOMPARE(run(QString::fromUtf8(kind), std::nullopt), QStringList());
-    QCOMPARE(log.text(), QString());
+        row(qPrintable(QStringLiteral("%1 without argument").arg(QString::fromUtf8(kind))), kind, none, {});
+    // Addresses are trimmed of blanks and given a scheme when they have none.
+    const auto url = [&](const char* name, const char* argument, const char* opened) {
+        row(name, "url", QString::fromUtf8(argument),
+            *opened ? QStringList{QStringLiteral("open ") + QString::fromUtf8(opened)} : QStringList());
+    };
+    url("bare host with spaces", " \texample.org/docs\t ", "https://example.org/docs");
+    url("host and port", "localhost:8080", "localhost:8080");
+    url("mail", "mailto:me@example.org", "mailto:me@example.org");
+    url("scheme kept", "http://example.org", "http://example.org");
+    url("only blanks", " \t ", "");
+    url("line breaks are not trimmed", "\nexample.org", "");
+    url("space inside", "example.org/a b", "");
+}
+
+void TestActions::whatAChipAsksOfTheDesktop()
+{
+    QFETCH(QString, kind);
+    QFETCH(QVariant, argument);
+    QFETCH(QStringList, calls);
+    StderrCapture log;
+    QCOMPARE(run(kind, argument.isValid() ? std::optional(argument.toString()) : std::nullopt), calls);
+    const QString said =
+        kind == QLatin1String("applescript") && argument.isValid()
+            ? QStringLiteral("AppleScript error: AppleScript is not available on this system\n")
+            : QString();
+    QCOMPARE(log.text(), said);
 }
 
 void TestActions::openExpandsTildeAndRefusesWhatIsNoFile()
@@ -163,9 +187,9 @@ void TestActions::openingNeverRunsAProgram()
                                   [&](const ButtonSpec& spec) { return spec.title == name; });
     QVERIFY(row != listing.end());
     const QList<std::pair<const char*, ButtonSpec>> ways = {
-        {"an \"open\" chip", button(QStringLiteral("open"), path)},
+        {"an \"open\" chip", acting(QStringLiteral("open"), path)},
         {"a \"url\" chip with a file address",
-         button(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
+         acting(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
         {"a folder listing's row", *row},
         {"a chip made by a drop", dropped.buttons.first()},
     };
@@ -188,7 +212,7 @@ void TestActions::openingNeverRunsAProgram()
 
     // Nobody to ask: nothing runs either.
     platform.calls.clear();
-    Actions(platform).run(button(QStringLiteral("open"), path));
+    Actions(platform).run(acting(QStringLiteral("open"), path));
     QCOMPARE(platform.calls, mode == 0 ? QStringList{QStringLiteral("beep")}
                              : program ? QStringList()
                                        : QStringList{opened});
@@ -210,31 +234,6 @@ void TestActions::runStartsOnlyWhatWasAskedAbout()
     platform.calls.clear();
     platform.unanswered(RunQuestion::Answer::Run);
     QCOMPARE(platform.calls, QStringList{QStringLiteral("beep")});
-}
-
-void TestActions::urlsAreTrimmedAndPrefixed_data()
-{
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<QString>("opened");
-    QTest::newRow("bare host with spaces")
-        << QStringLiteral(" \texample.org/docs\t ") << QStringLiteral("open https://example.org/docs");
-    QTest::newRow("host and port") << QStringLiteral("localhost:8080")
-                                   << QStringLiteral("open localhost:8080");
-    QTest::newRow("mail") << QStringLiteral("mailto:me@example.org")
-                          << QStringLiteral("open mailto:me@example.org");
-    QTest::newRow("scheme kept") << QStringLiteral("http://example.org")
-                                 << QStringLiteral("open http://example.org");
-    QTest::newRow("only blanks") << QStringLiteral(" \t ") << QString();
-    QTest::newRow("line breaks are not trimmed") << QStringLiteral("\nexample.org") << QString();
-    QTest::newRow("space inside") << QStringLiteral("example.org/a b") << QString();
-}
-
-void TestActions::urlsAreTrimmedAndPrefixed()
-{
-    QFETCH(QString, argument);
-    QFETCH(QString, opened);
-    const QStringList calls = run(QStringLiteral("url"), argument);
-    QCOMPARE(calls, opened.isEmpty() ? QStringList() : QStringList{opened});
 }
 
 void TestActions::programsStartDetached()
@@ -262,7 +261,7 @@ void TestActions::newFolderNeverOverwrites()
     QVERIFY(
         QFile::link(QStringLiteral("/nonexistent"), desktop.filePath(QStringLiteral("untitled folder 3"))));
     for (int i = 0; i < 3; ++i)
-        Actions(platform).run(button(QStringLiteral("newFolder"), std::nullopt));
+        Actions(platform).run(acting(QStringLiteral("newFolder"), std::nullopt));
     const QString base = desktop.filePath(QStringLiteral("untitled folder"));
     QCOMPARE(platform.calls, (QStringList{QStringLiteral("reveal ") + base,
                                           QStringLiteral("reveal ") + base + QStringLiteral(" 4"),
@@ -274,7 +273,7 @@ void TestActions::newFolderNeverOverwrites()
     // An argument is ignored; a folder that cannot be made is not revealed.
     platform.calls.clear();
     platform.desktop = desktop.filePath(QStringLiteral("missing/deeper"));
-    Actions(platform).run(button(QStringLiteral("newFolder"), QStringLiteral("ignored")));
+    Actions(platform).run(acting(QStringLiteral("newFolder"), QStringLiteral("ignored")));
     QCOMPARE(platform.calls, QStringList());
 }
 
@@ -302,7 +301,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     FakePlatform platform;
     platform.clipboardText = QStringLiteral("user text");
     Actions actions(platform);
-    actions.run(button(QStringLiteral("paste"), QStringLiteral("Hello")));
+    actions.run(acting(QStringLiteral("paste"), QStringLiteral("Hello")));
     QCOMPARE(platform.calls,
              (QStringList{QStringLiteral("clipboard clear"), QStringLiteral("clipboard set Hello"),
                           QStringLiteral("post key=9 flags=262144")}));
@@ -315,7 +314,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
     platform.calls.clear();
     actions.keys().setPasteKeys(QStringLiteral("ctrl+shift+v"));
-    actions.run(button(QStringLiteral("paste"), QStringLiteral("ls")));
+    actions.run(acting(QStringLiteral("paste"), QStringLiteral("ls")));
     QCOMPARE(platform.calls.last(), QStringLiteral("post key=9 flags=393216"));
 }
 

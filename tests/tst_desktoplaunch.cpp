@@ -178,14 +178,8 @@ void TestDesktopLaunch::documentsAndAddressesOpenInTheirDefaults()
     Actions actions(*m_platform);
     const QString file = m_home + QStringLiteral("/notes.txt");
     QVERIFY(writeAll(file, "text"));
-    ButtonSpec open;
-    open.action = QStringLiteral("open");
-    open.argument = QStringLiteral("~/notes.txt");
-    actions.run(open);
-    ButtonSpec url;
-    url.action = QStringLiteral("url");
-    url.argument = QStringLiteral("  example.org/path ");
-    actions.run(url);
+    actions.run(button(QString(), QStringLiteral("open"), QStringLiteral("~/notes.txt")));
+    actions.run(button(QString(), QStringLiteral("url"), QStringLiteral("  example.org/path ")));
     QTRY_COMPARE_WITH_TIMEOUT(recorded().size(), 2, 10000);
     QStringList lines = recorded();
     lines.sort();
@@ -198,18 +192,15 @@ void TestDesktopLaunch::shellCommandsRunInTheLoginShellWithoutBlocking()
     qputenv("SHELL", "/bin/bash");
     QVERIFY(writeAll(m_home + QStringLiteral("/.profile"), "export VANTRIL_PROFILE_MARK=from-the-profile\n"));
     Actions actions(*m_platform);
-    ButtonSpec shell;
-    shell.action = QStringLiteral("shell");
-    shell.argument = QStringLiteral("echo \"$VANTRIL_PROFILE_MARK\" > \"$HOME/shell-out.txt\"");
-    actions.run(shell);
+    actions.run(button(QString(), QStringLiteral("shell"),
+                       QStringLiteral("echo \"$VANTRIL_PROFILE_MARK\" > \"$HOME/shell-out.txt\"")));
     QTRY_COMPARE_WITH_TIMEOUT(readAll(m_home + QStringLiteral("/shell-out.txt")),
                               QByteArray("from-the-profile\n"), 10000);
 
     QElapsedTimer clock;
     clock.start();
     // exec: the shell itself must not wait, holding the test runner's output open, for 30 s.
-    shell.argument = QStringLiteral("exec sleep 30 >/dev/null 2>&1");
-    actions.run(shell);
+    actions.run(button(QString(), QStringLiteral("shell"), QStringLiteral("exec sleep 30 >/dev/null 2>&1")));
     QVERIFY2(clock.elapsed() < 1000, "a long command must not hold up the bar");
 }
 

@@ -1,12 +1,8 @@
 #include "BarLayout.h"
 
 #include "bar/BarView.h"
-#include "bar/ChipLabel.h"
-#include "bar/FlyoutView.h"
 #include "bar/SymbolView.h"
 #include "dragdrop/DragState.h"
-
-#include <QLayout>
 
 QPoint BarLayout::centreOf(const QString& title, const QRect& barFrame) const
 {
@@ -20,19 +16,6 @@ BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context, in
     BarView view(drag, handlers);
     view.rebuild(config, context, true, maxWidth);
     return {view.width(), view.chipFrames(), view.overflowed(), view.overflowFrame()};
-}
-
-FlyoutLayout flyoutLayoutOf(const QList<ButtonSpec>& items, int maxHeight)
-{
-    BarHandlers handlers;
-    FlyoutView view(items, handlers, nullptr, maxHeight);
-    view.adjustSize();
-    // A hidden widget lays its children out at its final size only when it is shown; this one never is.
-    view.layout()->setGeometry(view.rect());
-    FlyoutLayout layout{view.size(), {}};
-    for (const ChipLabel* chip : view.findChildren<ChipLabel*>())
-        layout.chips.insert(chip->spec().title, QRectF(chip->geometry()));
-    return layout;
 }
 
 void useProgramIconTheme()

@@ -30,14 +30,6 @@ struct BarLayout
 BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context = {},
                    int maxWidth = std::numeric_limits<int>::max());
 
-/// A flyout of `items` at most `maxHeight` high: its size and its chips' frames in it, by title.
-struct FlyoutLayout
-{
-    QSize size;
-    QHash<QString, QRectF> chips;
-};
-FlyoutLayout flyoutLayoutOf(const QList<ButtonSpec>& items, int maxHeight);
-
 /// The icon theme the program sets up, so that chips laid out here have its icons' widths.
 void useProgramIconTheme();
 

@@ -160,28 +160,3 @@ std::optional<xcb_window_t> RunningBar::openMenu(const QPoint& global)
     waitFor([&] { return (menu = shownMenu()).has_value(); });
     return menu;
 }
-
-bool menuLooksLike(xcb_window_t menu, QMenu& reference, const QString& name)
-{
-    reference.resize(reference.sizeHint());
-    const QImage expected = reference.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    QImage shown;
-    // Compared until it matches: the menu may be drawn a moment after it is mapped.
-    const bool same = waitFor(
-        [&] {
-            shown = QGuiApplication::primaryScreen()->grabWindow(menu).toImage().convertToFormat(
-                QImage::Format_RGB32);
-            return shown == expected;
-        },
-        5000);
-    if (!name.isEmpty())
-        saveScreenshot(name, screenRect(menu));
-    if (!same) {
-        qWarning("menu %dx%d, expected %dx%d", shown.width(), shown.height(), expected.width(),
-                 expected.height());
-        const QString folder = qEnvironmentVariable("VANTRIL_TEST_SCREENSHOTS");
-        if (!folder.isEmpty() && !name.isEmpty())
-            expected.save(QDir(folder).filePath(QStringLiteral("expected-") + name));
-    }
-    return same;
-}

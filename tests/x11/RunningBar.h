@@ -101,35 +101,6 @@ private:
     QRect m_frame;
 };
 
-/// A menu as the program renders one from its model: the same items, submenus and check marks.
-template<typename Item>
-void renderMenu(QMenu& into, const QList<Item>& items)
-{
-    for (const Item& item : items) {
-        if (item.isSeparator()) {
-            into.addSeparator();
-        } else if (!item.submenu.isEmpty() || item.command == decltype(item.command)::None) {
-            renderMenu(*into.addMenu(item.title), item.submenu);
-        } else {
-            QAction* action = into.addAction(item.title);
-            action->setCheckable(item.checked.has_value());
-            action->setChecked(item.checked.value_or(false));
-        }
-    }
-}
-
-/// Whether the open `menu` shows, pixel for pixel, what `reference` shows. Both are saved as
-/// screenshots named after `name` when it is given.
-bool menuLooksLike(xcb_window_t menu, QMenu& reference, const QString& name = {});
-
-template<typename Item>
-bool menuLooksLike(xcb_window_t menu, const QList<Item>& items, const QString& name = {})
-{
-    QMenu reference;
-    renderMenu(reference, items);
-    return menuLooksLike(menu, reference, name);
-}
-
 /// The keys that choose `title` in a menu of `items` just opened: Down from nothing selected reaches the
 /// first item and skips separators. Empty when the menu has no such item.
 template<typename Item>

@@ -1,5 +1,7 @@
 #include "X11Windows.h"
 
+#include "platform/x11/WorkArea.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -41,27 +43,12 @@ bool supportsHint(const QByteArray& hint)
 
 QRect workArea()
 {
-    const auto numbers = [](const QString& name) {
-        QList<int> values;
-        const QString line = output(QStringLiteral("xprop"), {QStringLiteral("-root"), name});
-        auto matches = QRegularExpression(QStringLiteral("(?<=[=,]) *(\\d+)")).globalMatch(line);
-        while (matches.hasNext())
-            values.append(matches.next().captured(1).toInt());
-        return values;
-    };
-    const QList<int> areas = numbers(QStringLiteral("_NET_WORKAREA"));
-    const QList<int> current = numbers(QStringLiteral("_NET_CURRENT_DESKTOP"));
-    qsizetype at = current.isEmpty() ? 0 : current.first() * 4;
-    if (at + 4 > areas.size())
-        at = 0;
-    if (areas.size() < at + 4)
-        return QRect(0, 0, screenWidth, screenHeight);
-    return QRect(areas.at(at), areas.at(at + 1), areas.at(at + 2), areas.at(at + 3));
+    return currentWorkArea().value_or(QRect(0, 0, screenWidth, screenHeight));
 }
 
 bool isCompositing()
 {
-    const auto reply = adopt(xcb_get_selection_owner_reply(
+    const auto reply = adoptReply(xcb_get_selection_owner_reply(
         connection(), xcb_get_selection_owner(connection(), atom(QByteArrayLiteral("_NET_WM_CM_S0"))),
         nullptr));
     return reply && reply->owner != XCB_NONE;
@@ -92,7 +79,7 @@ xcb_window_t topLevelOf(xcb_window_t window)
 {
     for (;;) {
         const auto tree =
-            adopt(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
+            adoptReply(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
         if (!tree || tree->parent == XCB_NONE || tree->parent == tree->root)
             return window;
         window = tree->parent;
@@ -356,27 +343,23 @@ void saveScreenshot(const QString& name, const QRect& area)
 
 xcb_connection_t* connection()
 {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
+    return qtXcbConnection();
 }
 
 xcb_atom_t atom(const QByteArray& name)
 {
-    const auto reply = adopt(xcb_intern_atom_reply(
-        connection(), xcb_intern_atom(connection(), 0, static_cast<quint16>(name.size()), name.constData()),
-        nullptr));
-    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    return internAtoms(connection(), {name}).value(0, XCB_ATOM_NONE);
 }
 
 xcb_window_t rootWindow()
 {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+    return rootWindow(connection());
 }
 
 QList<xcb_window_t> childWindows(xcb_window_t window)
 {
     const auto reply =
-        adopt(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
+        adoptReply(xcb_query_tree_reply(connection(), xcb_query_tree(connection(), window), nullptr));
     if (!reply)
         return {};
     const xcb_window_t* children = xcb_query_tree_children(reply.get());
@@ -385,7 +368,7 @@ QList<xcb_window_t> childWindows(xcb_window_t window)
 
 std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property)
 {
-    const auto reply = adopt(xcb_get_property_reply(
+    const auto reply = adoptReply(xcb_get_property_reply(
         connection(), xcb_get_property(connection(), 0, window, property, XCB_ATOM_ANY, 0, 1), nullptr));
     if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
         return std::nullopt;
@@ -394,7 +377,7 @@ std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property)
 
 std::optional<Attributes> attributesOf(xcb_window_t window)
 {
-    const auto reply = adopt(xcb_get_window_attributes_reply(
+    const auto reply = adoptReply(xcb_get_window_attributes_reply(
         connection(), xcb_get_window_attributes(connection(), window), nullptr));
     if (!reply)
         return std::nullopt;
@@ -404,10 +387,10 @@ std::optional<Attributes> attributesOf(xcb_window_t window)
 QRect screenRect(xcb_window_t window)
 {
     const auto geometry =
-        adopt(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
+        adoptReply(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
     if (!geometry)
         return {};
-    const auto origin = adopt(xcb_translate_coordinates_reply(
+    const auto origin = adoptReply(xcb_translate_coordinates_reply(
         connection(), xcb_translate_coordinates(connection(), window, rootWindow(), 0, 0), nullptr));
     if (!origin)
         return {};

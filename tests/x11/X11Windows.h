@@ -4,6 +4,8 @@
 // measured with xprop and xwininfo, or asked of the server itself where no tool answers, and the
 // pointer and keyboard driven with xdotool as a user would drive them.
 
+#include "platform/x11/XcbHandles.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QPoint>
@@ -100,18 +102,9 @@ QString describe(const QRect& rect);
 /// Saves `area` of the screen, all of it when empty, as `name` in $VANTRIL_TEST_SCREENSHOTS when set.
 void saveScreenshot(const QString& name, const QRect& area = {});
 
-// The server's own answers, where a command line tool has none.
+// The server's own answers, where a command line tool has none, in the program's own reply wrappers.
 
 xcb_connection_t* connection();
-
-template<typename T>
-using Reply = std::unique_ptr<T, decltype(&std::free)>;
-
-template<typename T>
-Reply<T> adopt(T* reply)
-{
-    return Reply<T>(reply, &std::free);
-}
 
 xcb_atom_t atom(const QByteArray& name);
 xcb_window_t rootWindow();

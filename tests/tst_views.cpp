@@ -1,10 +1,25 @@
+// The program's widgets drawn off screen: the bar and its flyouts, the icons on them, and the button editor
+// with what it hands back, when it lets the user save, and how it closes.
+
+#include "actions/IconCache.h"
+#include "bar/BarView.h"
 #include "bar/ChipLabel.h"
+#include "bar/FlyoutView.h"
+#include "bar/FolderListing.h"
+#include "bar/SymbolNames.h"
+#include "bar/SymbolView.h"
+#include "config/Config.h"
+#include "config/Presets.h"
+#include "dragdrop/DragEditing.h"
+#include "dragdrop/DragState.h"
 #include "editor/EditView.h"
 #include "editor/KeyField.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
@@ -12,18 +27,28 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
+#include <QUrl>
+#include <sys/stat.h>
 
 Q_DECLARE_METATYPE(ButtonSpec)
 
-/// The button editor off screen: what it hands back, when it lets the user save, and how it closes.
-class TestEditView : public QObject
+class TestViews : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
+    void everySymbolOfTheProgramIsDrawn_data();
+    void everySymbolOfTheProgramIsDrawn();
+    void rowHoldsGripChipsAndContextAfterSeparator();
+    void stacksAndFoldersShowTheirDirection();
+    void shortPressTapsLongPressDrags();
+    void emptyStackSaysSo();
+
+private Q_SLOTS:
 
     void untouchedButtonComesBackUnchanged_data();
     void untouchedButtonComesBackUnchanged();
@@ -43,6 +68,10 @@ private Q_SLOTS:
     void newStackHasFixedKindAndNoArgument();
     void saveHandsOverEditedButtonOnce();
     void escapeClosesWithoutSaving();
+
+private Q_SLOTS:
+    void iconsAreSmallAndNeverMissing();
+    void tildeAndFullPathShareOneEntry();
 };
 
 namespace {
@@ -56,6 +85,201 @@ ButtonSpec button(const QString& title, const QString& action, std::optional<QSt
     spec.argument = std::move(argument);
     return spec;
 }
+
+QList<ChipLabel*> chipsOf(QWidget& view)
+{
+    return view.findChildren<ChipLabel*>(Qt::FindDirectChildrenOnly);
+}
+
+void addSymbolRows(const QString& source, const QList<ButtonSpec>& buttons)
+{
+    for (const ButtonSpec& spec : buttons) {
+        QTest::addRow("%s / %s: %s", qPrintable(source), qPrintable(spec.title), qPrintable(spec.symbol))
+            << spec.symbol << true;
+        addSymbolRows(source, spec.children.value_or(QList<ButtonSpec>()));
+    }
+}
+
+/// The rows of folder listings, made to show every kind of row: entries, the way up, "more", "empty".
+QList<ButtonSpec> listingRows()
+{
+    QTemporaryDir dir;
+    QDir(dir.path()).mkpath(QStringLiteral("top/inner/empty"));
+    for (int i = 0; i < 30; ++i)
+        QFile(dir.filePath(QStringLiteral("top/inner/file%1.txt").arg(i))).open(QIODevice::WriteOnly);
+    const QString top = dir.filePath(QStringLiteral("top"));
+    return FolderListing::items(top + QStringLiteral("/inner"), top) +
+           FolderListing::items(top + QStringLiteral("/inner/empty"), std::nullopt);
+}
+
+/// What dropping a file, a folder, an application and a link onto the bar makes.
+QList<ButtonSpec> droppedButtons()
+{
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("app.desktop")));
+    file.open(QIODevice::WriteOnly);
+    file.write("[Desktop Entry]\nType=Application\nName=App\nExec=true\n");
+    file.close();
+    const BarConfig none;
+    return {DragEditing::specForFile(dir.filePath(QStringLiteral("app.desktop")), none),
+            DragEditing::specForFile(dir.path(), none),
+            DragEditing::specForFile(dir.filePath(QStringLiteral("missing.txt")), none),
+            DragEditing::specForLink(QUrl(QStringLiteral("https://example.org")), none)};
+}
+
+} // namespace
+
+void TestViews::initTestCase()
+{
+    SymbolView::useIconThemes();
+}
+
+void TestViews::everySymbolOfTheProgramIsDrawn_data()
+{
+    QTest::addColumn<QString>("symbol");
+    QTest::addColumn<bool>("drawn");
+    addSymbolRows(QStringLiteral("default bar"), Config::defaults().buttons);
+    for (const AppPreset& preset : Presets::all())
+        addSymbolRows(QStringLiteral("preset ") + preset.name, preset.buttons);
+    for (const QString& name : SymbolNames::names())
+        QTest::addRow("palette: %s", qPrintable(name)) << name << true;
+    for (const QString& name : SymbolNames::chrome())
+        QTest::addRow("chip: %s", qPrintable(name)) << name << true;
+    addSymbolRows(QStringLiteral("folder listing"), listingRows());
+    addSymbolRows(QStringLiteral("drop"), droppedButtons());
+    // What a user types and no theme knows stays text: emoji, words.
+    QTest::newRow("typed emoji") << QStringLiteral("👋") << false;
+    QTest::newRow("typed word") << QStringLiteral("Hello") << false;
+    QTest::newRow("typed unknown name") << QStringLiteral("no.such.symbol") << false;
+    QTest::newRow("no symbol") << QString() << false;
+}
+
+void TestViews::everySymbolOfTheProgramIsDrawn()
+{
+    QFETCH(QString, symbol);
+    QFETCH(bool, drawn);
+    QCOMPARE(!SymbolView::icon(symbol, Qt::white, 16, 1).isNull(), drawn);
+}
+
+void TestViews::rowHoldsGripChipsAndContextAfterSeparator()
+{
+    DragState drag;
+    BarHandlers handlers;
+    BarView view(drag, handlers);
+    view.rebuild(Config::defaults(), {}, true);
+    QCOMPARE(view.height(), BarView::barHeight);
+    const QHash<QString, QRectF> frames = drag.barFrames();
+    QCOMPARE(frames.size(), 3);
+    QVERIFY(frames.value(QStringLiteral("Files")).left() >= 12 + 14 + 8); // after the margin and the grip
+    QVERIFY(frames.value(QStringLiteral("Files")).right() < frames.value(QStringLiteral("Apps")).left());
+    QVERIFY(frames.value(QStringLiteral("Help")).right() <= view.width() - 12);
+    const int plain = view.width();
+
+    view.rebuild(Config::defaults(), {button(QStringLiteral("Clear"), QStringLiteral("keys"))}, true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(chipsOf(view).size(), 4);
+    QVERIFY(view.width() > plain);
+    // The separator sits between the last shared chip and the first of the application's.
+    const QRectF help = drag.barFrames().value(QStringLiteral("Help"));
+    const QRectF clear = drag.barFrames().value(QStringLiteral("Clear"));
+    QCOMPARE(clear.left() - help.right(), 8.0 + 1 + 8);
+
+    // Two chips of one title publish one frame: the later one.
+    BarConfig twins;
+    twins.buttons = {button(QStringLiteral("Twin"), QStringLiteral("open")),
+                     button(QStringLiteral("Twin"), QStringLiteral("url"))};
+    view.rebuild(twins, {}, true);
+    QCOMPARE(drag.barFrames().size(), 1);
+    QVERIFY(drag.barFrames().value(QStringLiteral("Twin")).left() > 40);
+
+    // Held to less than its width, the bar keeps what fits and ends in the overflow chip with the rest,
+    // the front application's chips last.
+    const QList<ButtonSpec> context = {button(QStringLiteral("Clear"), QStringLiteral("keys"))};
+    view.rebuild(Config::defaults(), context, true, plain);
+    QVERIFY(view.width() <= plain);
+    QVERIFY(!view.overflowed().isEmpty());
+    QCOMPARE(view.overflowed().last().title, QStringLiteral("Clear"));
+    QCOMPARE(drag.barFrames().size() + view.overflowed().size(), 4);
+    QVERIFY(view.overflowFrame().right() <= view.width() - 12);
+    QVERIFY(view.overflowFrame().left() > drag.barFrames().value(QStringLiteral("Files")).right());
+    view.rebuild(Config::defaults(), context, true, 0);
+    QCOMPARE(view.overflowed().size(), 4);
+    QVERIFY(drag.barFrames().isEmpty());
+}
+
+void TestViews::stacksAndFoldersShowTheirDirection()
+{
+    DragState drag;
+    BarHandlers handlers;
+    BarView view(drag, handlers);
+    BarConfig config;
+    config.buttons = {button(QStringLiteral("Stack"), QStringLiteral("group")),
+                      button(QStringLiteral("Folder"), QStringLiteral("folder")),
+                      button(QStringLiteral("Link"), QStringLiteral("url"))};
+    view.rebuild(config, {}, true);
+    const int up = drag.barFrames().value(QStringLiteral("Stack")).width();
+    view.rebuild(config, {}, false);
+    QCOMPARE(int(drag.barFrames().value(QStringLiteral("Stack")).width()), up);
+    // Only stacks and folders carry a chevron, so a link is narrower than a stack of the same title length.
+    ButtonSpec same = button(QStringLiteral("Stack"), QStringLiteral("url"));
+    config.buttons = {same};
+    view.rebuild(config, {}, true);
+    QVERIFY(drag.barFrames().value(QStringLiteral("Stack")).width() < up);
+}
+
+void TestViews::shortPressTapsLongPressDrags()
+{
+    DragState drag;
+    BarHandlers handlers;
+    QStringList calls;
+    handlers.tap = [&](const ButtonSpec& spec, const QRectF& frame) {
+        calls << QStringLiteral("tap %1 %2").arg(spec.title).arg(frame.left());
+    };
+    handlers.dragMove = [&](const ButtonSpec& spec, const QPointF&) {
+        calls << QStringLiteral("move ") + spec.title;
+    };
+    handlers.dragEnd = [&](const ButtonSpec& spec, const QPointF&) {
+        calls << QStringLiteral("end ") + spec.title;
+    };
+    BarView view(drag, handlers);
+    view.rebuild(Config::defaults(), {}, true);
+    view.show();
+    ChipLabel* files = chipsOf(view).first();
+
+    QTest::mousePress(files, Qt::LeftButton, {}, QPoint(10, 10));
+    QTest::mouseMove(files, QPoint(15, 10)); // 5 pixels: still a tap
+    QTest::mouseRelease(files, Qt::LeftButton, {}, QPoint(15, 10));
+    QCOMPARE(calls,
+             QStringList{
+                 QStringLiteral("tap Files %1").arg(drag.barFrames().value(QStringLiteral("Files")).left())});
+
+    calls.clear();
+    QTest::mousePress(files, Qt::LeftButton, {}, QPoint(10, 10));
+    QTest::mouseMove(files, QPoint(16, 10));
+    QTest::mouseMove(files, QPoint(30, 12));
+    QTest::mouseRelease(files, Qt::LeftButton, {}, QPoint(30, 12));
+    QCOMPARE(calls, (QStringList{QStringLiteral("move Files"), QStringLiteral("move Files"),
+                                 QStringLiteral("end Files")}));
+}
+
+void TestViews::emptyStackSaysSo()
+{
+    BarHandlers handlers;
+    FlyoutView empty({}, handlers);
+    const QList<QLabel*> labels = empty.findChildren<QLabel*>();
+    QCOMPARE(labels.size(), 1);
+    QCOMPARE(labels.first()->text(), QStringLiteral("Empty — drag buttons onto this stack"));
+
+    FlyoutView full(Config::defaults().buttons.first().children.value(), handlers);
+    full.adjustSize();
+    const QList<ChipLabel*> rows = chipsOf(full);
+    QCOMPARE(rows.size(), 4);
+    for (const ChipLabel* row : rows)
+        QCOMPARE(row->width(), rows.first()->width()); // every row as wide as the widest
+    full.grab().save(QStringLiteral("/tmp/flyoutview.png"));
+}
+
+namespace {
 
 EditorServices services()
 {
@@ -108,18 +332,7 @@ void chooseKind(QWidget& view, const QString& kind)
 
 } // namespace
 
-void TestEditView::initTestCase()
-{
-    // The palette only offers symbols the theme can draw; offscreen has no theme of its own and does
-    // not even look in the usual folders.
-    QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() +
-                               QStandardPaths::locateAll(QStandardPaths::GenericDataLocation,
-                                                         QStringLiteral("icons"),
-                                                         QStandardPaths::LocateDirectory));
-    QIcon::setThemeName(QStringLiteral("Adwaita"));
-}
-
-void TestEditView::untouchedButtonComesBackUnchanged_data()
+void TestViews::untouchedButtonComesBackUnchanged_data()
 {
     QTest::addColumn<ButtonSpec>("initial");
 
@@ -152,7 +365,7 @@ void TestEditView::untouchedButtonComesBackUnchanged_data()
     QTest::newRow("no argument") << desktop;
 }
 
-void TestEditView::untouchedButtonComesBackUnchanged()
+void TestViews::untouchedButtonComesBackUnchanged()
 {
     QFETCH(ButtonSpec, initial);
     const auto view = editor(initial);
@@ -161,7 +374,7 @@ void TestEditView::untouchedButtonComesBackUnchanged()
     QCOMPARE(view->windowTitle(), QStringLiteral("Edit Button"));
 }
 
-void TestEditView::kindsOnlyOfferedWhenTheButtonHasThem()
+void TestViews::kindsOnlyOfferedWhenTheButtonHasThem()
 {
     const auto fresh = editor(button(QStringLiteral("B"), QStringLiteral("open")), true);
     auto* kinds = child<QComboBox>(*fresh, QStringLiteral("kind"));
@@ -184,7 +397,7 @@ void TestEditView::kindsOnlyOfferedWhenTheButtonHasThem()
     QCOMPARE(child<QComboBox>(*odd, QStringLiteral("kind"))->currentText(), QStringLiteral("teleport"));
 }
 
-void TestEditView::applicationsAreStoredById()
+void TestViews::applicationsAreStoredById()
 {
     const auto view =
         editor(button(QStringLiteral("Edit"), QStringLiteral("app"), QStringLiteral("org.gnome.TextEditor")));
@@ -199,7 +412,7 @@ void TestEditView::applicationsAreStoredById()
     QCOMPARE(view->edited().argument, QStringLiteral("firefox-esr"));
 }
 
-void TestEditView::saveNeedsTitle()
+void TestViews::saveNeedsTitle()
 {
     const auto view =
         editor(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")));
@@ -216,7 +429,7 @@ void TestEditView::saveNeedsTitle()
     QCOMPARE(view->edited().title, QStringLiteral("Papers"));
 }
 
-void TestEditView::saveNeedsParsableKeys()
+void TestViews::saveNeedsParsableKeys()
 {
     const auto view = editor(button(QStringLiteral("Keys"), QStringLiteral("open")));
     auto* save = child<QPushButton>(*view, QStringLiteral("save"));
@@ -241,7 +454,7 @@ void TestEditView::saveNeedsParsableKeys()
     QVERIFY(save->isEnabled());
 }
 
-void TestEditView::keyFieldRecordsPressedCombination()
+void TestViews::keyFieldRecordsPressedCombination()
 {
     const auto view = editor(button(QStringLiteral("K"), QStringLiteral("keys"), QStringLiteral("cmd+c")));
     auto* field = child<KeyField>(*view, QStringLiteral("keyField"));
@@ -279,7 +492,7 @@ void TestEditView::keyFieldRecordsPressedCombination()
     QCOMPARE(field->text(), QStringLiteral("cmd+"));
 }
 
-void TestEditView::swatchesSetAndClearColour()
+void TestViews::swatchesSetAndClearColour()
 {
     ButtonSpec spec =
         button(QStringLiteral("Paint"), QStringLiteral("url"), QStringLiteral("https://example.com"));
@@ -298,7 +511,7 @@ void TestEditView::swatchesSetAndClearColour()
     QVERIFY(child<QAbstractButton>(*view, QStringLiteral("swatch-default"))->isChecked());
 }
 
-void TestEditView::clearedArgumentIsAbsent()
+void TestViews::clearedArgumentIsAbsent()
 {
     const auto view =
         editor(button(QStringLiteral("Web"), QStringLiteral("url"), QStringLiteral("https://example.com")));
@@ -332,7 +545,7 @@ void TestEditView::clearedArgumentIsAbsent()
     QCOMPARE(view->edited().iconPath, std::nullopt);
 }
 
-void TestEditView::lockedCheckBox()
+void TestViews::lockedCheckBox()
 {
     ButtonSpec spec = button(QStringLiteral("Pin"), QStringLiteral("open"), QStringLiteral("~"));
     spec.locked = false;
@@ -355,7 +568,7 @@ void TestEditView::lockedCheckBox()
     QCOMPARE(plain->edited().locked, std::nullopt);
 }
 
-void TestEditView::symbolPaletteFillsSymbol()
+void TestViews::symbolPaletteFillsSymbol()
 {
     const auto view = editor(button(QStringLiteral("Sym"), QStringLiteral("open"), QStringLiteral("~")));
     auto* terminal = view->findChild<QToolButton*>(QStringLiteral("symbol-terminal"));
@@ -374,7 +587,7 @@ void TestEditView::symbolPaletteFillsSymbol()
     QVERIFY(!terminal->isChecked());
 }
 
-void TestEditView::previewFollowsEdits()
+void TestViews::previewFollowsEdits()
 {
     const auto view =
         editor(button(QStringLiteral("Old"), QStringLiteral("url"), QStringLiteral("https://a.example")));
@@ -391,7 +604,7 @@ void TestEditView::previewFollowsEdits()
     QCOMPARE(preview()->spec(), view->edited());
 }
 
-void TestEditView::newStackHasFixedKindAndNoArgument()
+void TestViews::newStackHasFixedKindAndNoArgument()
 {
     ButtonSpec stack = button(QStringLiteral("Stack"), QStringLiteral("group"), QStringLiteral("leftover"));
     const auto view = editor(stack, true);
@@ -404,7 +617,7 @@ void TestEditView::newStackHasFixedKindAndNoArgument()
     QVERIFY(view->canSave());
 }
 
-void TestEditView::saveHandsOverEditedButtonOnce()
+void TestViews::saveHandsOverEditedButtonOnce()
 {
     auto* view =
         new EditView(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")),
@@ -424,7 +637,7 @@ void TestEditView::saveHandsOverEditedButtonOnce()
     QTRY_VERIFY(alive.isNull());
 }
 
-void TestEditView::escapeClosesWithoutSaving()
+void TestViews::escapeClosesWithoutSaving()
 {
     auto* view =
         new EditView(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")),
@@ -458,5 +671,29 @@ void TestEditView::escapeClosesWithoutSaving()
     QCOMPARE(calls, 1);
 }
 
-QTEST_MAIN(TestEditView)
-#include "tst_editview.moc"
+void TestViews::iconsAreSmallAndNeverMissing()
+{
+    QTemporaryDir dir;
+    // A FIFO in a folder listing: looking at its type must not wait for a writer.
+    const QString fifo = dir.filePath(QStringLiteral("x.desktop"));
+    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0644), 0);
+    for (const QString& path : {dir.path(), dir.filePath(QStringLiteral("missing.txt")),
+                                QStringLiteral("/bin/sh"), QStringLiteral(""), fifo}) {
+        const QImage image = IconCache::image(path);
+        QVERIFY2(!image.isNull(), qPrintable(path));
+        QVERIFY2(image.width() <= 16 && image.height() <= 16, qPrintable(path));
+    }
+}
+
+void TestViews::tildeAndFullPathShareOneEntry()
+{
+    const QImage viaTilde = IconCache::image(QStringLiteral("~"));
+    const QImage full = IconCache::image(QDir::homePath());
+    // The same cached image, not a second lookup that happens to look alike.
+    QCOMPARE(viaTilde.cacheKey(), full.cacheKey());
+    QVERIFY(IconCache::image(QStringLiteral("/")).cacheKey() != full.cacheKey() ||
+            IconCache::image(QStringLiteral("/")) == full);
+}
+
+QTEST_MAIN(TestViews)
+#include "tst_views.moc"

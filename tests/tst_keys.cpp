@@ -1,4 +1,7 @@
+// Key combinations as buttons.json spells them, and the command line that parses and checks them.
+
 #include "TestSupport.h"
+#include "actions/KeyCombo.h"
 #include "app/BarCommand.h"
 #include "app/CommandLine.h"
 #include "app/InstancePaths.h"
@@ -11,13 +14,28 @@
 #include <QTest>
 #include <unistd.h>
 
-class TestCommandLine : public QObject
+class TestKeys : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void parseKeysPrintsCodesOrInvalid();
+    void everyNameParsesAloneToItsCode();
+
+    // Modifiers.
+    void modifiersSetBothMasks_data();
+    void modifiersSetBothMasks();
+
+    // Spelling freedom that must not change the meaning.
+    void equivalentSpellings_data();
+    void equivalentSpellings();
+
+    // Text that must not produce a combination.
+    void invalidText_data();
+    void invalidText();
+
+private Q_SLOTS:
     void checkReportsWhereTheFileIsWrong();
+    void switchesAreAnsweredOrIgnored_data();
     void switchesAreAnsweredOrIgnored();
     void commandWordsForTheBar_data();
     void commandWordsForTheBar();
@@ -26,6 +44,153 @@ private Q_SLOTS:
     void socketIsPrivateAndNamedAfterTheFolder_data();
     void socketIsPrivateAndNamedAfterTheFolder();
 };
+
+namespace {
+
+constexpr quint64 superFlags = 0x100000;
+constexpr quint64 shiftFlags = 0x20000;
+constexpr quint64 altFlags = 0x80000;
+constexpr quint64 controlFlags = 0x40000;
+constexpr quint32 superCarbon = 0x100;
+constexpr quint32 shiftCarbon = 0x200;
+constexpr quint32 altCarbon = 0x800;
+constexpr quint32 controlCarbon = 0x1000;
+
+} // namespace
+
+// Lets a failed comparison show what was parsed instead of two opaque values.
+char* toString(const KeyCombo& combo)
+{
+    return QTest::toString(QStringLiteral("key %1 flags 0x%2 carbon 0x%3")
+                               .arg(combo.keyCode)
+                               .arg(combo.flags, 0, 16)
+                               .arg(combo.carbon, 0, 16));
+}
+
+void TestKeys::everyNameParsesAloneToItsCode()
+{
+    const auto& codes = KeyCombo::codes();
+    QVERIFY(!codes.isEmpty());
+    for (auto it = codes.cbegin(); it != codes.cend(); ++it) {
+        // Reachable through parse, which lower-cases and splits at "+" and padding; in any case.
+        const QString& name = it.key();
+        QVERIFY2(!name.isEmpty() && name == name.toLower(), qPrintable(name));
+        QVERIFY2(!name.contains(u'+') && !name.contains(u' ') && !name.contains(u'\t'), qPrintable(name));
+        for (const QString& spelling : {name, name.toUpper()}) {
+            const auto combo = KeyCombo::parse(spelling);
+            QVERIFY2(combo, qPrintable(spelling));
+            QCOMPARE(combo->keyCode, it.value());
+            QCOMPARE(combo->flags, quint64(0));
+            QCOMPARE(combo->carbon, quint32(0));
+        }
+    }
+}
+
+void TestKeys::modifiersSetBothMasks_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<quint64>("flags");
+    QTest::addColumn<quint32>("carbon");
+
+    QTest::newRow("cmd+v") << QStringLiteral("cmd+v") << 9 << quint64(1048576) << quint32(256);
+    QTest::newRow("command") << QStringLiteral("command+v") << 9 << superFlags << superCarbon;
+    QTest::newRow("shift") << QStringLiteral("shift+a") << 0 << shiftFlags << shiftCarbon;
+    QTest::newRow("opt") << QStringLiteral("opt+a") << 0 << altFlags << altCarbon;
+    QTest::newRow("option") << QStringLiteral("option+a") << 0 << altFlags << altCarbon;
+    QTest::newRow("alt+f4") << QStringLiteral("alt+f4") << 118 << altFlags << altCarbon;
+    QTest::newRow("ctrl") << QStringLiteral("ctrl+a") << 0 << controlFlags << controlCarbon;
+    QTest::newRow("control") << QStringLiteral("control+a") << 0 << controlFlags << controlCarbon;
+    QTest::newRow("ctrl+opt+space, mixed case")
+        << QStringLiteral("Ctrl+Opt+Space") << 49 << quint64(786432) << quint32(6144);
+    QTest::newRow("all four") << QStringLiteral("ctrl+opt+shift+cmd+z") << 6
+                              << (superFlags | shiftFlags | altFlags | controlFlags)
+                              << (superCarbon | shiftCarbon | altCarbon | controlCarbon);
+    QTest::newRow("padded with spaces") << QStringLiteral(" shift + tab ") << 48 << shiftFlags << shiftCarbon;
+    QTest::newRow("padded with tabs")
+        << QStringLiteral("\tctrl\t+\tc\t") << 8 << controlFlags << controlCarbon;
+    QTest::newRow("backslash key") << QStringLiteral("ctrl+\\") << 42 << controlFlags << controlCarbon;
+    QTest::newRow("minus key") << QStringLiteral("cmd+-") << 27 << superFlags << superCarbon;
+}
+
+void TestKeys::modifiersSetBothMasks()
+{
+    QFETCH(QString, text);
+    QFETCH(int, key);
+    QFETCH(quint64, flags);
+    QFETCH(quint32, carbon);
+
+    const auto combo = KeyCombo::parse(text);
+    QVERIFY(combo);
+    QCOMPARE(int(combo->keyCode), key);
+    QCOMPARE(combo->flags, flags);
+    QCOMPARE(combo->carbon, carbon);
+}
+
+void TestKeys::equivalentSpellings_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("same");
+
+    QTest::newRow("key first") << QStringLiteral("v+cmd") << QStringLiteral("cmd+v");
+    QTest::newRow("key between modifiers") << QStringLiteral("shift+t+cmd") << QStringLiteral("cmd+shift+t");
+    QTest::newRow("doubled separator") << QStringLiteral("cmd++v") << QStringLiteral("cmd+v");
+    QTest::newRow("leading and trailing separator") << QStringLiteral("+cmd+v+") << QStringLiteral("cmd+v");
+    QTest::newRow("super") << QStringLiteral("super+l") << QStringLiteral("cmd+l");
+    QTest::newRow("meta") << QStringLiteral("meta+l") << QStringLiteral("cmd+l");
+    QTest::newRow("win") << QStringLiteral("win+l") << QStringLiteral("cmd+l");
+    QTest::newRow("upper case") << QStringLiteral("CMD+SHIFT+PAGEDOWN")
+                                << QStringLiteral("cmd+shift+pagedown");
+    QTest::newRow("repeated modifiers") << QStringLiteral("ctrl+k+control+ctrl") << QStringLiteral("ctrl+k");
+    QTest::newRow("every name of super")
+        << QStringLiteral("cmd+super+meta+win+command+k") << QStringLiteral("cmd+k");
+    QTest::newRow("mixed padding") << QStringLiteral(" \t cmd \t+ \tup\t ") << QStringLiteral("cmd+up");
+}
+
+void TestKeys::equivalentSpellings()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, same);
+
+    const auto reference = KeyCombo::parse(same);
+    QVERIFY(reference);
+    const auto combo = KeyCombo::parse(text);
+    QVERIFY(combo);
+    QCOMPARE(*combo, *reference);
+}
+
+void TestKeys::invalidText_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("empty") << QString();
+    QTest::newRow("only separators") << QStringLiteral("+++");
+    QTest::newRow("lone plus") << QStringLiteral("+");
+    QTest::newRow("only a modifier") << QStringLiteral("cmd");
+    QTest::newRow("only modifiers") << QStringLiteral("ctrl+shift");
+    QTest::newRow("two keys") << QStringLiteral("a+b");
+    QTest::newRow("two keys after modifier") << QStringLiteral("cmd+a+b");
+    QTest::newRow("same key twice") << QStringLiteral("cmd+a+a");
+    // The split drops empty pieces before trimming, so a piece of bare padding is a piece of its own.
+    QTest::newRow("blank piece") << QStringLiteral("cmd+ +v");
+    QTest::newRow("only padding") << QStringLiteral(" ");
+    QTest::newRow("newline before key") << QStringLiteral("cmd+\nv");
+    QTest::newRow("newline after key") << QStringLiteral("cmd+v\n");
+    QTest::newRow("carriage return") << QStringLiteral("\rcmd+v");
+    QTest::newRow("non-breaking space") << QStringLiteral("cmd+\u00a0v");
+    QTest::newRow("space inside a word") << QStringLiteral("page up");
+    QTest::newRow("other separator") << QStringLiteral("cmd-v");
+    QTest::newRow("f13") << QStringLiteral("cmd+F13");
+    QTest::newRow("keypad digit") << QStringLiteral("cmd+numpad1");
+    QTest::newRow("plus spelled out") << QStringLiteral("cmd+plus");
+    QTest::newRow("non-latin letter") << QStringLiteral("cmd+\u00e9");
+}
+
+void TestKeys::invalidText()
+{
+    QFETCH(QString, text);
+    QVERIFY(!KeyCombo::parse(text));
+}
 
 namespace {
 
@@ -48,23 +213,44 @@ std::pair<std::optional<int>, QString> run(const QStringList& arguments)
 
 } // namespace
 
-void TestCommandLine::parseKeysPrintsCodesOrInvalid()
+void TestKeys::switchesAreAnsweredOrIgnored_data()
 {
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("cmd+v")}),
-             std::make_pair(std::optional<int>(0), QStringLiteral("keyCode=9 flags=1048576 carbon=256\n")));
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("Ctrl+Opt+Space")}).second,
-             QStringLiteral("keyCode=49 flags=786432 carbon=6144\n"));
-    QCOMPARE(run({QStringLiteral("--parse-keys"), QStringLiteral("nonsense")}),
-             std::make_pair(std::optional<int>(0), QStringLiteral("invalid\n")));
-    // It is looked for anywhere, before the other switches.
-    QCOMPARE(run({QStringLiteral("--version"), QStringLiteral("--parse-keys"), QStringLiteral("f4")}).second,
-             QStringLiteral("keyCode=118 flags=0 carbon=0\n"));
-    // As the last argument it is ignored, and start-up goes on.
-    QCOMPARE(run({QStringLiteral("--parse-keys")}).first, std::nullopt);
-    QCOMPARE(run({QStringLiteral("x"), QStringLiteral("--parse-keys")}).first, std::nullopt);
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status"); // -1: not answered here, start-up goes on
+    QTest::addColumn<QStringList>("says");
+    const auto row = [](const char* name, const QStringList& arguments, int status, const QStringList& says) {
+        QTest::newRow(name) << arguments << status << says;
+    };
+    row("parse keys", words({"--parse-keys", "cmd+v"}), 0,
+        {QStringLiteral("keyCode=9 flags=1048576 carbon=256\n")});
+    row("parse keys, mixed case", words({"--parse-keys", "Ctrl+Opt+Space"}), 0,
+        {QStringLiteral("keyCode=49 flags=786432 carbon=6144\n")});
+    row("parse nonsense", words({"--parse-keys", "nonsense"}), 0, {QStringLiteral("invalid\n")});
+    // Looked for anywhere, before the other switches; as the last word it is ignored.
+    row("parse keys after another switch", words({"--version", "--parse-keys", "f4"}), 0,
+        {QStringLiteral("keyCode=118 flags=0 carbon=0\n")});
+    row("parse keys without text", words({"--parse-keys"}), -1, {});
+    row("parse keys last", words({"x", "--parse-keys"}), -1, {});
+    row("version", words({"--version"}), 0, {QStringLiteral("vantril ")});
+    row("help", words({"--help"}), 0, {QStringLiteral("--parse-keys"), QStringLiteral("--open TITLE")});
+    row("nothing", {}, -1, {});
+    row("unknown switch", words({"--unknown", "file.txt"}), -1, {});
+    // The probe switches are for the running program.
+    row("probe", words({"--probe"}), -1, {});
 }
 
-void TestCommandLine::checkReportsWhereTheFileIsWrong()
+void TestKeys::switchesAreAnsweredOrIgnored()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QStringList, says);
+    const auto [answered, text] = run(arguments);
+    QCOMPARE(answered, status < 0 ? std::nullopt : std::optional<int>(status));
+    for (const QString& part : says)
+        QVERIFY2(text.contains(part), qPrintable(text));
+}
+
+void TestKeys::checkReportsWhereTheFileIsWrong()
 {
     TempConfigDir dir;
     const QString file = dir.file(QStringLiteral("edited.json"));
@@ -91,22 +277,7 @@ void TestCommandLine::checkReportsWhereTheFileIsWrong()
     QCOMPARE(run({QStringLiteral("--check")}).second, QStringLiteral("ok\n"));
 }
 
-void TestCommandLine::switchesAreAnsweredOrIgnored()
-{
-    const auto version = run({QStringLiteral("--version")});
-    QCOMPARE(version.first, std::optional<int>(0));
-    QVERIFY(version.second.startsWith(QStringLiteral("vantril ")));
-    const auto help = run({QStringLiteral("--help")});
-    QCOMPARE(help.first, std::optional<int>(0));
-    QVERIFY(help.second.contains(QStringLiteral("--parse-keys")));
-    QVERIFY(help.second.contains(QStringLiteral("--open TITLE")));
-    QCOMPARE(run({}).first, std::nullopt);
-    QCOMPARE(run({QStringLiteral("--unknown"), QStringLiteral("file.txt")}).first, std::nullopt);
-    // The probe switches are for the running program, not answered here.
-    QCOMPARE(run({QStringLiteral("--probe")}).first, std::nullopt);
-}
-
-void TestCommandLine::commandWordsForTheBar_data()
+void TestKeys::commandWordsForTheBar_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("kind"); // -1: no command, one line instead
@@ -124,7 +295,7 @@ void TestCommandLine::commandWordsForTheBar_data()
     QTest::newRow("open with empty title") << words({"--open", ""}) << -1 << QString();
 }
 
-void TestCommandLine::commandWordsForTheBar()
+void TestKeys::commandWordsForTheBar()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, kind);
@@ -139,7 +310,7 @@ void TestCommandLine::commandWordsForTheBar()
     QCOMPARE(*parsed.command, (BarCommand{BarCommand::Kind(kind), title}));
 }
 
-void TestCommandLine::channelLinesDecodeOrAreRefused_data()
+void TestKeys::channelLinesDecodeOrAreRefused_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QVariant>("arguments"); // invalid: refused, with a line that says `why`
@@ -171,7 +342,7 @@ void TestCommandLine::channelLinesDecodeOrAreRefused_data()
         << QByteArray(R"({"status":0,"message":3})") << QVariant() << unreadable << -1 << QString();
 }
 
-void TestCommandLine::channelLinesDecodeOrAreRefused()
+void TestKeys::channelLinesDecodeOrAreRefused()
 {
     QFETCH(QByteArray, line);
     QFETCH(QVariant, arguments);
@@ -193,7 +364,7 @@ void TestCommandLine::channelLinesDecodeOrAreRefused()
     QCOMPARE(InstanceProtocol::decodeReply(line), expected);
 }
 
-void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder_data()
+void TestKeys::socketIsPrivateAndNamedAfterTheFolder_data()
 {
     QTest::addColumn<QString>("spelling"); // of the folder "cfg", or of another one
     QTest::addColumn<bool>("sameFolder");
@@ -217,7 +388,7 @@ void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder_data()
     QTest::newRow("fallback is someone's symlink") << cfg << true << QString() << QString();
 }
 
-void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder()
+void TestKeys::socketIsPrivateAndNamedAfterTheFolder()
 {
     QFETCH(QString, spelling);
     QFETCH(bool, sameFolder);
@@ -265,5 +436,5 @@ void TestCommandLine::socketIsPrivateAndNamedAfterTheFolder()
              sameFolder);
 }
 
-QTEST_APPLESS_MAIN(TestCommandLine)
-#include "tst_commandline.moc"
+QTEST_APPLESS_MAIN(TestKeys)
+#include "tst_keys.moc"
