@@ -15,7 +15,8 @@ QString makeStray(Stray kind, const QString& folder)
     switch (kind) {
     case Stray::Script:
         path = dir.filePath(QStringLiteral("invoice.pdf.sh"));
-        made = writeAll(path, "#!/bin/sh\ntouch \"$0.ran\"\n");
+        // The marker holds what the program found in QT_QPA_PLATFORM: the bar's own choice must not reach it.
+        made = writeAll(path, "#!/bin/sh\nprintf '%s' \"${QT_QPA_PLATFORM-unset}\" > \"$0.ran\"\n");
         mode = 0755;
         break;
     case Stray::Elf:
