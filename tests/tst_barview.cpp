@@ -1,5 +1,11 @@
+#include "TestSupport.h"
+#include "app/BarPlacement.h"
+#include "app/ConfigSession.h"
+#include "app/ContextTracker.h"
+#include "bar/BarPanel.h"
 #include "bar/BarView.h"
 #include "bar/ChipLabel.h"
+#include "bar/FlyoutController.h"
 #include "bar/FlyoutView.h"
 #include "bar/FolderListing.h"
 #include "bar/SymbolNames.h"
@@ -8,10 +14,12 @@
 #include "config/Presets.h"
 #include "dragdrop/DragEditing.h"
 #include "dragdrop/DragState.h"
+#include "platform/fake/FakePlatform.h"
 
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -29,6 +37,8 @@ private Q_SLOTS:
     void stacksAndFoldersShowTheirDirection();
     void shortPressTapsLongPressDrags();
     void emptyStackSaysSo();
+    void barComesBackOnTheScreenItWasLeftOn_data();
+    void barComesBackOnTheScreenItWasLeftOn();
 };
 
 namespace {
@@ -235,6 +245,50 @@ void TestBarView::emptyStackSaysSo()
     for (const ChipLabel* row : rows)
         QCOMPARE(row->width(), rows.first()->width()); // every row as wide as the widest
     full.grab().save(QStringLiteral("/tmp/flyoutview.png"));
+}
+
+void TestBarView::barComesBackOnTheScreenItWasLeftOn_data()
+{
+    QTest::addColumn<int>("saved");
+    QTest::addColumn<quint32>("expected");
+    QTest::newRow("first start: the first screen") << -1 << 1u;
+    QTest::newRow("left on the second screen") << 2 << 2u;
+    QTest::newRow("left on the first screen") << 1 << 1u;
+    QTest::newRow("left on a screen that is gone: the first") << 7 << 1u;
+}
+
+void TestBarView::barComesBackOnTheScreenItWasLeftOn()
+{
+    QFETCH(int, saved);
+    QFETCH(quint32, expected);
+    TempConfigDir dir;
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir.path());
+    Preferences preferences;
+    if (saved >= 0)
+        preferences.setBarPosition({quint32(saved), 0.25, 0.1});
+    FakePlatform platform;
+    platform.screenList = {{1, QRect(0, 0, 1440, 900), QRect(0, 0, 1440, 875)},
+                           {2, QRect(1440, 0, 1920, 1080), QRect(1440, 0, 1920, 1080)}};
+    ConfigSession session;
+    session.load();
+    ContextTracker context(platform.frontApplication());
+    DragState drag;
+    BarHandlers handlers;
+    FlyoutController flyouts(platform, handlers, drag);
+    BarPlacement placement(platform, preferences, session, context, drag, handlers, flyouts);
+    placement.create(false);
+
+    const QRect frame = placement.panel()->frameGeometry();
+    const auto screen = platform.screens().screenOf(frame);
+    QVERIFY(screen);
+    QCOMPARE(screen->number, expected);
+    QVERIFY2(screen->available.contains(frame), "the whole bar is on its screen");
+    // Moved a little, it is saved on that screen, at the fractions that bring it back there.
+    placement.moveBy(QPointF(30, 20));
+    placement.savePosition();
+    QCOMPARE(preferences.barPosition().value_or(Preferences::BarPosition{}).display, expected);
+    QCOMPARE(placement.savedOrigin(placement.panel()->size()),
+             std::optional<QPoint>(placement.panel()->pos()));
 }
 
 QTEST_MAIN(TestBarView)

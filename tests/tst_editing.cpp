@@ -1,4 +1,4 @@
-#include "dragdrop/Editing.h"
+#include "config/Editing.h"
 
 #include <QTest>
 

@@ -411,7 +411,7 @@ void TestEditView::saveHandsOverEditedButtonOnce()
                      false, services());
     QPointer<EditView> alive(view);
     QList<ButtonSpec> saved;
-    view->onSave = [&](const ButtonSpec& spec) { saved << spec; };
+    QObject::connect(view, &EditView::saved, [&](const ButtonSpec& spec) { saved << spec; });
     view->show();
     child<QLineEdit>(*view, QStringLiteral("title"))->setText(QStringLiteral("Papers"));
     const ButtonSpec expected = view->edited();
@@ -431,7 +431,7 @@ void TestEditView::escapeClosesWithoutSaving()
                      false, services());
     QPointer<EditView> alive(view);
     int calls = 0;
-    view->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(view, &EditView::saved, [&] { ++calls; });
     view->show();
     auto* title = child<QLineEdit>(*view, QStringLiteral("title"));
     title->setText(QStringLiteral("Changed"));
@@ -442,7 +442,7 @@ void TestEditView::escapeClosesWithoutSaving()
     // Return in a one-line field saves, as a dialog's default button would.
     auto* second = new EditView(button(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
     QPointer<EditView> secondAlive(second);
-    second->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(second, &EditView::saved, [&] { ++calls; });
     second->show();
     QTest::keyClick(child<QLineEdit>(*second, QStringLiteral("title")), Qt::Key_Return);
     QCOMPARE(calls, 1);
@@ -451,7 +451,7 @@ void TestEditView::escapeClosesWithoutSaving()
     // But Return on a focused Cancel button cancels.
     auto* third = new EditView(button(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
     QPointer<EditView> thirdAlive(third);
-    third->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(third, &EditView::saved, [&] { ++calls; });
     third->show();
     QTest::keyClick(child<QPushButton>(*third, QStringLiteral("cancel")), Qt::Key_Return);
     QTRY_VERIFY(thirdAlive.isNull());

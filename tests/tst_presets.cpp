@@ -1,6 +1,6 @@
 #include "config/AppContext.h"
+#include "config/Editing.h"
 #include "config/Presets.h"
-#include "dragdrop/Editing.h"
 
 #include <QTest>
 

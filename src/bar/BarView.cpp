@@ -6,7 +6,6 @@
 #include "bar/Overflow.h"
 #include "bar/SymbolNames.h"
 #include "dragdrop/DragState.h"
-#include "editor/ItemMenu.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -71,7 +70,7 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
 ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
 {
     std::optional<QString> chevron;
-    if (spec.isGroup() || spec.action == QLatin1String("folder"))
+    if (spec.isGroup() || spec.kind() == ActionKind::Folder)
         chevron = SymbolNames::chevron(expandsUp);
     auto* chip = new ChipLabel(spec, chevron, false, this);
     const BarHandlers& handlers = m_handlers;
@@ -80,8 +79,9 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
             handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
     };
     chip->forwardDrags(handlers);
-    chip->onContextMenu = [this, chip](const QPoint& at) {
-        ItemMenu::popup(chip->spec(), m_handlers, m_drag, at);
+    chip->onContextMenu = [chip, &handlers](const QPoint& at) {
+        if (handlers.chipMenu)
+            handlers.chipMenu(chip->spec(), at);
     };
     return chip;
 }
