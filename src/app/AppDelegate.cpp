@@ -93,6 +93,7 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
         ItemMenu::popup(spec, m_handlers, m_drag, at);
     };
     m_placement->create(script->barAtTop());
+    updateHotkey();
     m_menus = new ShellMenus(m_preferences, m_handlers, m_drag, this);
     connect(m_placement->view(), &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
     connect(
@@ -104,7 +105,6 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     script->applyConfigCommands(m_session->document());
     m_session->watch();
     script->startContext(*m_context);
-    updateHotkey();
     // Under Wayland the X server's facilities reach only XWayland's windows: the user hears it once, with
     // what works instead, rather than wondering why a chip types nothing.
     const Session session = Session::detect(environment);
