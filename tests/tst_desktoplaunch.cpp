@@ -1,5 +1,6 @@
 #include "TestSupport.h"
 #include "actions/Actions.h"
+#include "app/ContextTracker.h"
 #include "config/BarConfig.h"
 #include "platform/DesktopEntryFile.h"
 #include "platform/Platform.h"
@@ -300,9 +301,9 @@ void report(const QString& connection, const QString& method, const QStringList&
     QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection).asyncCall(call);
 }
 
-ContextApp named(const QString& windowClass)
+ApplicationIdentity named(const QString& windowClass)
 {
-    ContextApp app;
+    ApplicationIdentity app;
     app.id = app.name = app.windowClass = windowClass;
     return app;
 }
@@ -351,8 +352,8 @@ void TestDesktopLaunch::desktopShellReportsNameTheFrontApplication()
     QFETCH(QString, set);
     FakePlatform x11;
     SessionFrontApplication front(x11.frontApplication(), false, QString());
-    QList<ContextApp> adopted;
-    front.watch([&adopted](const ContextApp& app) { adopted += app; });
+    QList<ApplicationIdentity> adopted;
+    front.watch([&adopted](const ApplicationIdentity& app) { adopted += app; });
 
     report(QStringLiteral("shell"), QStringLiteral("WindowActivated"), sent);
     // A report that is sure to count, so that the one before it has been handled once this one is.
@@ -368,7 +369,7 @@ void TestDesktopLaunch::desktopShellReportsNameTheFrontApplication()
     BarConfig cfg;
     cfg.appSets = QList<AppSet>{{QStringLiteral("MyTool"), QStringLiteral("Tool"), {}},
                                 {QStringLiteral("org.example.Recorder"), QStringLiteral("Recorder"), {}}};
-    const auto index = AppContext::setFor(cfg, adopted.first());
+    const auto index = AppContext::setFor(cfg, ContextTracker::contextOf(adopted.first()));
     QVERIFY(index);
     QCOMPARE(cfg.appSets->at(*index).app, set);
 }
@@ -390,8 +391,8 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     x11.front = named(QStringLiteral("X11App"));
     auto front = std::make_unique<SessionFrontApplication>(x11.frontApplication(), true, path);
     QCOMPARE(front->reach().detail, QStringLiteral("reported by a KWin script"));
-    QList<ContextApp> adopted;
-    front->watch([&adopted](const ContextApp& app) { adopted += app; });
+    QList<ApplicationIdentity> adopted;
+    front->watch([&adopted](const ApplicationIdentity& app) { adopted += app; });
     const QString plugin = QStringLiteral("vantril-front-application");
     QTRY_COMPARE_WITH_TIMEOUT(
         kwin.calls,
@@ -402,7 +403,7 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     // Until the first report, X11 windows are followed.
     x11.activated(named(QStringLiteral("X11Before")));
     QCOMPARE(adopted.size(), 1);
-    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("X11App"));
+    QCOMPARE(front->current().value_or(ApplicationIdentity()).id, QStringLiteral("X11App"));
 
     // GNOME Shell reports; meanwhile X11 is not heard; it is again once GNOME Shell leaves the bus.
     const auto reportFrom = [](const QString& connection, const QString& source, const QString& windowClass) {
@@ -411,7 +412,7 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     };
     reportFrom(QStringLiteral("shell"), QStringLiteral("gnome-shell"), QStringLiteral("Native"));
     QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 2, 10000);
-    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("Native"));
+    QCOMPARE(front->current().value_or(ApplicationIdentity()).id, QStringLiteral("Native"));
     QCOMPARE(front->reach().detail,
              QStringLiteral("reported by the GNOME Shell extension vantril@vantril.github.io"));
     x11.activated(named(QStringLiteral("X11Muted")));
@@ -419,7 +420,7 @@ void TestDesktopLaunch::desktopShellReportsRuleWhileTheyCome()
     QDBusConnection::disconnectFromBus(QStringLiteral("shell"));
     QTRY_COMPARE_WITH_TIMEOUT(adopted.size(), 3, 10000);
     QCOMPARE(adopted.last().id, QStringLiteral("X11App"));
-    QCOMPARE(front->current().value_or(ContextApp()).id, QStringLiteral("X11App"));
+    QCOMPARE(front->current().value_or(ApplicationIdentity()).id, QStringLiteral("X11App"));
 
     // KWin's script the same way, until it says it stops.
     reportFrom(QStringLiteral("kwin"), QStringLiteral("kwin"), QStringLiteral("Konsole"));

@@ -5,14 +5,19 @@
 #include "TestSupport.h"
 #include "actions/KeyCombo.h"
 #include "actions/Paths.h"
+#include "app/ButtonCommands.h"
+#include "app/ContextTracker.h"
 #include "app/Preferences.h"
 #include "bar/SymbolNames.h"
 #include "bar/TapRouting.h"
 #include "config/AppContext.h"
+#include "config/ConfigReader.h"
+#include "config/Editing.h"
 #include "config/Presets.h"
 #include "dragdrop/DragEditing.h"
+#include "dragdrop/DragState.h"
 #include "dragdrop/DropTarget.h"
-#include "dragdrop/Editing.h"
+#include "platform/fake/FakePlatform.h"
 
 #include <QDir>
 #include <QSet>
@@ -40,6 +45,8 @@ private Q_SLOTS:
     void reorderingAlongTheBar();
     void movingIntoAndOutOfStacks();
     void droppedFilesAndLinksBecomeButtons();
+    void buttonCommandsChangeTheDocument_data();
+    void buttonCommandsChangeTheDocument();
 
 private Q_SLOTS:
     void barTapsOpenCloseOrRun();
@@ -828,6 +835,104 @@ void TestEditing::frontWindowFindsItsSetByAnyName()
     QCOMPARE(AppContext::contextSetIndex(cfg, app, true), shown < 0 ? count : qsizetype(shown));
     if (shown < 0)
         QCOMPARE(cfg.appSets->last().app, app.id);
+}
+
+namespace {
+
+/// "A B* S[s1] | Editor: C": the bar's titles (locked ones starred, stacks' members in brackets), then
+/// each application's set.
+QString layout(const QList<ButtonSpec>& list)
+{
+    QStringList parts;
+    for (const ButtonSpec& spec : list) {
+        parts.append(spec.title + (spec.isLocked() ? QStringLiteral("*") : QString()) +
+                     (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
+    }
+    return parts.join(u' ');
+}
+
+QString layout(const BarConfig& cfg)
+{
+    QString out = layout(cfg.buttons);
+    for (const AppSet& set : cfg.appSets.value_or(QList<AppSet>()))
+        out += QStringLiteral(" | ") + set.app + QStringLiteral(": ") + layout(set.buttons);
+    return out;
+}
+
+} // namespace
+
+void TestEditing::buttonCommandsChangeTheDocument_data()
+{
+    for (const char* column : {"command", "title", "argument", "after", "calls"})
+        QTest::addColumn<QString>(column);
+    const auto row = [](const char* name, const char* command, const char* title, const char* argument,
+                        const char* after, const char* calls = "") {
+        QTest::newRow(name) << QString::fromUtf8(command) << QString::fromUtf8(title)
+                            << QString::fromUtf8(argument) << QString::fromUtf8(after)
+                            << QString::fromUtf8(calls);
+    };
+    const char* unchanged = "A B* S[s1] | Editor: C";
+    row("remove", "remove", "A", "", "B* S[s1] | Editor: C");
+    row("a locked button stays, with a beep", "remove", "B", "", unchanged, "beep");
+    row("remove from a stack", "remove", "s1", "", "A B* S[] | Editor: C");
+    row("lock", "lock", "A", "", "A* B* S[s1] | Editor: C");
+    row("unlock", "lock", "B", "", "A B S[s1] | Editor: C");
+    row("to the shared bar; the empty set goes", "global", "C", "", "A B* S[s1] C");
+    row("into the front application's set", "context", "s1", "", "A B* S[] | Editor: C s1");
+    row("edited in place, title kept unique", "edit", "A", "B", "B 2 B* S[s1] | Editor: C");
+    row("edited button gone meanwhile", "edit", "Z", "Q", unchanged);
+    row("new into a stack", "new", "S", "N", "A B* S[s1 N] | Editor: C");
+    row("new into the front application's set", "new", "@context", "N", "A B* S[s1] | Editor: C N");
+    row("new for a stack that is gone: onto the bar", "new", "Gone", "A", "A B* S[s1] A 2 | Editor: C");
+    row("a locked chip is not dragged", "drag", "B", "", unchanged);
+    row("a shared chip dragged past the last one stays shared", "drag", "A", "", "B* S[s1] A | Editor: C");
+}
+
+void TestEditing::buttonCommandsChangeTheDocument()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, title);
+    QFETCH(QString, argument);
+    QFETCH(QString, after);
+    QFETCH(QString, calls);
+    TempConfigDir dir;
+    BarConfig cfg;
+    ButtonSpec locked = button(QStringLiteral("B"));
+    locked.locked = true;
+    ButtonSpec stack = button(QStringLiteral("S"), QStringLiteral("group"));
+    stack.children = QList<ButtonSpec>{button(QStringLiteral("s1"))};
+    cfg.buttons = {button(QStringLiteral("A")), locked, stack};
+    cfg.appSets =
+        QList<AppSet>{{QStringLiteral("Editor"), QStringLiteral("Editor"), {button(QStringLiteral("C"))}}};
+    ConfigDocument document(cfg);
+    FakePlatform platform;
+    DragState drag;
+    drag.setBarFrames(framesOf(cfg, cfg.appSets->first().buttons));
+    ContextTracker context(platform.frontApplication());
+    context.fix(ContextApp{QStringLiteral("Editor"), QStringLiteral("Editor")});
+    ButtonCommands commands(document, platform, drag, context);
+
+    const ButtonSpec spec = Editing::button(cfg, title).value_or(button(title));
+    if (command == u"remove")
+        commands.remove(spec);
+    else if (command == u"lock")
+        commands.toggleLock(spec);
+    else if (command == u"global")
+        commands.moveToGlobal(spec);
+    else if (command == u"context")
+        commands.moveToContext(spec);
+    else if (command == u"edit")
+        commands.saveEdited(button(argument), title, std::nullopt);
+    else if (command == u"new")
+        commands.saveEdited(button(argument), std::nullopt, title);
+    else if (command == u"drag") // past the last chip, the set's C
+        commands.dragEnded(spec, bar.topLeft() + QPointF(34 + 88 * 4 + 40, 20), bar);
+    QCOMPARE(layout(document.cfg()), after);
+    QCOMPARE(platform.calls.join(u' '), calls);
+    // Every change is saved as it is made; a refused one writes nothing.
+    QCOMPARE(QFile::exists(dir.buttonsJson()), layout(cfg) != after);
+    if (layout(cfg) != after)
+        QCOMPARE(layout(*ConfigReader::decode(readAll(dir.buttonsJson()))), after);
 }
 
 QTEST_APPLESS_MAIN(TestEditing)

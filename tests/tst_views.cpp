@@ -1,9 +1,15 @@
 // The program's widgets drawn off screen: the bar and its flyouts, the icons on them, and the button editor
 // with what it hands back, when it lets the user save, and how it closes.
 
+#include "TestSupport.h"
 #include "actions/IconCache.h"
+#include "app/BarPlacement.h"
+#include "app/ConfigSession.h"
+#include "app/ContextTracker.h"
+#include "bar/BarPanel.h"
 #include "bar/BarView.h"
 #include "bar/ChipLabel.h"
+#include "bar/FlyoutController.h"
 #include "bar/FlyoutView.h"
 #include "bar/FolderListing.h"
 #include "bar/SymbolNames.h"
@@ -14,6 +20,7 @@
 #include "dragdrop/DragState.h"
 #include "editor/EditView.h"
 #include "editor/KeyField.h"
+#include "platform/fake/FakePlatform.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -26,6 +33,7 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -47,6 +55,8 @@ private Q_SLOTS:
     void stacksAndFoldersShowTheirDirection();
     void shortPressTapsLongPressDrags();
     void emptyStackSaysSo();
+    void barComesBackOnTheScreenItWasLeftOn_data();
+    void barComesBackOnTheScreenItWasLeftOn();
 
 private Q_SLOTS:
 
@@ -76,7 +86,8 @@ private Q_SLOTS:
 
 namespace {
 
-ButtonSpec button(const QString& title, const QString& action, std::optional<QString> argument = {})
+/// A button with a symbol, as the views draw it.
+ButtonSpec shownButton(const QString& title, const QString& action, std::optional<QString> argument = {})
 {
     ButtonSpec spec;
     spec.title = title;
@@ -175,7 +186,7 @@ void TestViews::rowHoldsGripChipsAndContextAfterSeparator()
     QVERIFY(frames.value(QStringLiteral("Help")).right() <= view.width() - 12);
     const int plain = view.width();
 
-    view.rebuild(Config::defaults(), {button(QStringLiteral("Clear"), QStringLiteral("keys"))}, true);
+    view.rebuild(Config::defaults(), {shownButton(QStringLiteral("Clear"), QStringLiteral("keys"))}, true);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(chipsOf(view).size(), 4);
     QVERIFY(view.width() > plain);
@@ -186,15 +197,15 @@ void TestViews::rowHoldsGripChipsAndContextAfterSeparator()
 
     // Two chips of one title publish one frame: the later one.
     BarConfig twins;
-    twins.buttons = {button(QStringLiteral("Twin"), QStringLiteral("open")),
-                     button(QStringLiteral("Twin"), QStringLiteral("url"))};
+    twins.buttons = {shownButton(QStringLiteral("Twin"), QStringLiteral("open")),
+                     shownButton(QStringLiteral("Twin"), QStringLiteral("url"))};
     view.rebuild(twins, {}, true);
     QCOMPARE(drag.barFrames().size(), 1);
     QVERIFY(drag.barFrames().value(QStringLiteral("Twin")).left() > 40);
 
     // Held to less than its width, the bar keeps what fits and ends in the overflow chip with the rest,
     // the front application's chips last.
-    const QList<ButtonSpec> context = {button(QStringLiteral("Clear"), QStringLiteral("keys"))};
+    const QList<ButtonSpec> context = {shownButton(QStringLiteral("Clear"), QStringLiteral("keys"))};
     view.rebuild(Config::defaults(), context, true, plain);
     QVERIFY(view.width() <= plain);
     QVERIFY(!view.overflowed().isEmpty());
@@ -213,15 +224,15 @@ void TestViews::stacksAndFoldersShowTheirDirection()
     BarHandlers handlers;
     BarView view(drag, handlers);
     BarConfig config;
-    config.buttons = {button(QStringLiteral("Stack"), QStringLiteral("group")),
-                      button(QStringLiteral("Folder"), QStringLiteral("folder")),
-                      button(QStringLiteral("Link"), QStringLiteral("url"))};
+    config.buttons = {shownButton(QStringLiteral("Stack"), QStringLiteral("group")),
+                      shownButton(QStringLiteral("Folder"), QStringLiteral("folder")),
+                      shownButton(QStringLiteral("Link"), QStringLiteral("url"))};
     view.rebuild(config, {}, true);
     const int up = drag.barFrames().value(QStringLiteral("Stack")).width();
     view.rebuild(config, {}, false);
     QCOMPARE(int(drag.barFrames().value(QStringLiteral("Stack")).width()), up);
     // Only stacks and folders carry a chevron, so a link is narrower than a stack of the same title length.
-    ButtonSpec same = button(QStringLiteral("Stack"), QStringLiteral("url"));
+    ButtonSpec same = shownButton(QStringLiteral("Stack"), QStringLiteral("url"));
     config.buttons = {same};
     view.rebuild(config, {}, true);
     QVERIFY(drag.barFrames().value(QStringLiteral("Stack")).width() < up);
@@ -336,32 +347,34 @@ void TestViews::untouchedButtonComesBackUnchanged_data()
 {
     QTest::addColumn<ButtonSpec>("initial");
 
-    ButtonSpec stack = button(QStringLiteral("Work"), QStringLiteral("group"));
+    ButtonSpec stack = shownButton(QStringLiteral("Work"), QStringLiteral("group"));
     stack.children = QList<ButtonSpec>{
-        button(QStringLiteral("Mail"), QStringLiteral("url"), QStringLiteral("https://mail.example.com")),
-        button(QStringLiteral("Notes"), QStringLiteral("open"), QStringLiteral("~/notes.txt"))};
+        shownButton(QStringLiteral("Mail"), QStringLiteral("url"),
+                    QStringLiteral("https://mail.example.com")),
+        shownButton(QStringLiteral("Notes"), QStringLiteral("open"), QStringLiteral("~/notes.txt"))};
     stack.color = QStringLiteral("purple");
     QTest::newRow("stack with children") << stack;
 
-    ButtonSpec unknown = button(QStringLiteral("Odd"), QStringLiteral("teleport"), QStringLiteral("mars"));
+    ButtonSpec unknown =
+        shownButton(QStringLiteral("Odd"), QStringLiteral("teleport"), QStringLiteral("mars"));
     unknown.color = QStringLiteral("magenta");
     QTest::newRow("unknown kind and colour") << unknown;
 
-    ButtonSpec script = button(QStringLiteral("Say"), QStringLiteral("applescript"),
-                               QStringLiteral("say \"hi\"\n  beep 2\n"));
+    ButtonSpec script = shownButton(QStringLiteral("Say"), QStringLiteral("applescript"),
+                                    QStringLiteral("say \"hi\"\n  beep 2\n"));
     QTest::newRow("applescript keeps its text exactly") << script;
 
     ButtonSpec paste =
-        button(QStringLiteral("Sign"), QStringLiteral("paste"), QStringLiteral("  Regards,\n  Me\n"));
+        shownButton(QStringLiteral("Sign"), QStringLiteral("paste"), QStringLiteral("  Regards,\n  Me\n"));
     paste.locked = false;
     paste.iconPath = QStringLiteral("~/icons/sign.png");
     QTest::newRow("paste with spaces, explicit unlocked, icon") << paste;
 
-    ButtonSpec keys = button(QStringLiteral("Close"), QStringLiteral("keys"), QStringLiteral("alt+f4"));
+    ButtonSpec keys = shownButton(QStringLiteral("Close"), QStringLiteral("keys"), QStringLiteral("alt+f4"));
     keys.locked = true;
     QTest::newRow("locked keys") << keys;
 
-    ButtonSpec desktop = button(QStringLiteral("New"), QStringLiteral("newFolder"));
+    ButtonSpec desktop = shownButton(QStringLiteral("New"), QStringLiteral("newFolder"));
     QTest::newRow("no argument") << desktop;
 }
 
@@ -376,14 +389,14 @@ void TestViews::untouchedButtonComesBackUnchanged()
 
 void TestViews::kindsOnlyOfferedWhenTheButtonHasThem()
 {
-    const auto fresh = editor(button(QStringLiteral("B"), QStringLiteral("open")), true);
+    const auto fresh = editor(shownButton(QStringLiteral("B"), QStringLiteral("open")), true);
     auto* kinds = child<QComboBox>(*fresh, QStringLiteral("kind"));
     QCOMPARE(kinds->count(), 10);
     QCOMPARE(kinds->findData(QStringLiteral("applescript")), -1);
     QCOMPARE(fresh->windowTitle(), QStringLiteral("New Button"));
 
     const auto script =
-        editor(button(QStringLiteral("S"), QStringLiteral("applescript"), QStringLiteral("beep")));
+        editor(shownButton(QStringLiteral("S"), QStringLiteral("applescript"), QStringLiteral("beep")));
     kinds = child<QComboBox>(*script, QStringLiteral("kind"));
     QCOMPARE(kinds->currentText(), QStringLiteral("AppleScript (not available on Linux)"));
     auto* text = child<QPlainTextEdit>(*script, QStringLiteral("argument-other"));
@@ -393,14 +406,14 @@ void TestViews::kindsOnlyOfferedWhenTheButtonHasThem()
     QCOMPARE(script->edited().action, QStringLiteral("applescript"));
     QCOMPARE(script->edited().argument, QStringLiteral("beep 3"));
 
-    const auto odd = editor(button(QStringLiteral("O"), QStringLiteral("teleport")));
+    const auto odd = editor(shownButton(QStringLiteral("O"), QStringLiteral("teleport")));
     QCOMPARE(child<QComboBox>(*odd, QStringLiteral("kind"))->currentText(), QStringLiteral("teleport"));
 }
 
 void TestViews::applicationsAreStoredById()
 {
-    const auto view =
-        editor(button(QStringLiteral("Edit"), QStringLiteral("app"), QStringLiteral("org.gnome.TextEditor")));
+    const auto view = editor(
+        shownButton(QStringLiteral("Edit"), QStringLiteral("app"), QStringLiteral("org.gnome.TextEditor")));
     auto* combo = child<QComboBox>(*view, QStringLiteral("argument-app"));
     QCOMPARE(combo->currentText(), QStringLiteral("Text Editor"));
     QCOMPARE(view->edited().argument, QStringLiteral("org.gnome.TextEditor"));
@@ -415,7 +428,7 @@ void TestViews::applicationsAreStoredById()
 void TestViews::saveNeedsTitle()
 {
     const auto view =
-        editor(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")));
+        editor(shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")));
     auto* title = child<QLineEdit>(*view, QStringLiteral("title"));
     auto* save = child<QPushButton>(*view, QStringLiteral("save"));
     QVERIFY(save->isEnabled());
@@ -431,7 +444,7 @@ void TestViews::saveNeedsTitle()
 
 void TestViews::saveNeedsParsableKeys()
 {
-    const auto view = editor(button(QStringLiteral("Keys"), QStringLiteral("open")));
+    const auto view = editor(shownButton(QStringLiteral("Keys"), QStringLiteral("open")));
     auto* save = child<QPushButton>(*view, QStringLiteral("save"));
     chooseKind(*view, QStringLiteral("keys"));
     auto* field = child<KeyField>(*view, QStringLiteral("keyField"));
@@ -456,7 +469,8 @@ void TestViews::saveNeedsParsableKeys()
 
 void TestViews::keyFieldRecordsPressedCombination()
 {
-    const auto view = editor(button(QStringLiteral("K"), QStringLiteral("keys"), QStringLiteral("cmd+c")));
+    const auto view =
+        editor(shownButton(QStringLiteral("K"), QStringLiteral("keys"), QStringLiteral("cmd+c")));
     auto* field = child<KeyField>(*view, QStringLiteral("keyField"));
 
     QTest::keyClick(field, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
@@ -495,7 +509,7 @@ void TestViews::keyFieldRecordsPressedCombination()
 void TestViews::swatchesSetAndClearColour()
 {
     ButtonSpec spec =
-        button(QStringLiteral("Paint"), QStringLiteral("url"), QStringLiteral("https://example.com"));
+        shownButton(QStringLiteral("Paint"), QStringLiteral("url"), QStringLiteral("https://example.com"));
     spec.color = QStringLiteral("magenta");
     const auto view = editor(spec);
     QCOMPARE(view->edited().color, QStringLiteral("magenta"));
@@ -513,8 +527,8 @@ void TestViews::swatchesSetAndClearColour()
 
 void TestViews::clearedArgumentIsAbsent()
 {
-    const auto view =
-        editor(button(QStringLiteral("Web"), QStringLiteral("url"), QStringLiteral("https://example.com")));
+    const auto view = editor(
+        shownButton(QStringLiteral("Web"), QStringLiteral("url"), QStringLiteral("https://example.com")));
     QLineEdit* address = argumentLine(*view, QStringLiteral("url"));
     QCOMPARE(address->text(), QStringLiteral("https://example.com"));
     address->setText(QStringLiteral("  "));
@@ -547,7 +561,7 @@ void TestViews::clearedArgumentIsAbsent()
 
 void TestViews::lockedCheckBox()
 {
-    ButtonSpec spec = button(QStringLiteral("Pin"), QStringLiteral("open"), QStringLiteral("~"));
+    ButtonSpec spec = shownButton(QStringLiteral("Pin"), QStringLiteral("open"), QStringLiteral("~"));
     spec.locked = false;
     const auto view = editor(spec);
     auto* locked = child<QAbstractButton>(*view, QStringLiteral("locked"));
@@ -570,7 +584,7 @@ void TestViews::lockedCheckBox()
 
 void TestViews::symbolPaletteFillsSymbol()
 {
-    const auto view = editor(button(QStringLiteral("Sym"), QStringLiteral("open"), QStringLiteral("~")));
+    const auto view = editor(shownButton(QStringLiteral("Sym"), QStringLiteral("open"), QStringLiteral("~")));
     auto* terminal = view->findChild<QToolButton*>(QStringLiteral("symbol-terminal"));
     if (!terminal)
         QSKIP("the icon theme has no terminal icon");
@@ -589,8 +603,8 @@ void TestViews::symbolPaletteFillsSymbol()
 
 void TestViews::previewFollowsEdits()
 {
-    const auto view =
-        editor(button(QStringLiteral("Old"), QStringLiteral("url"), QStringLiteral("https://a.example")));
+    const auto view = editor(
+        shownButton(QStringLiteral("Old"), QStringLiteral("url"), QStringLiteral("https://a.example")));
     const auto preview = [&] { return view->findChild<ChipLabel*>(); };
     QVERIFY(preview());
     QCOMPARE(preview()->spec().title, QStringLiteral("Old"));
@@ -606,7 +620,8 @@ void TestViews::previewFollowsEdits()
 
 void TestViews::newStackHasFixedKindAndNoArgument()
 {
-    ButtonSpec stack = button(QStringLiteral("Stack"), QStringLiteral("group"), QStringLiteral("leftover"));
+    ButtonSpec stack =
+        shownButton(QStringLiteral("Stack"), QStringLiteral("group"), QStringLiteral("leftover"));
     const auto view = editor(stack, true);
     QCOMPARE(view->windowTitle(), QStringLiteral("New Stack"));
     auto* kinds = child<QComboBox>(*view, QStringLiteral("kind"));
@@ -619,12 +634,12 @@ void TestViews::newStackHasFixedKindAndNoArgument()
 
 void TestViews::saveHandsOverEditedButtonOnce()
 {
-    auto* view =
-        new EditView(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")),
-                     false, services());
+    auto* view = new EditView(
+        shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")), false,
+        services());
     QPointer<EditView> alive(view);
     QList<ButtonSpec> saved;
-    view->onSave = [&](const ButtonSpec& spec) { saved << spec; };
+    QObject::connect(view, &EditView::saved, [&](const ButtonSpec& spec) { saved << spec; });
     view->show();
     child<QLineEdit>(*view, QStringLiteral("title"))->setText(QStringLiteral("Papers"));
     const ButtonSpec expected = view->edited();
@@ -639,12 +654,12 @@ void TestViews::saveHandsOverEditedButtonOnce()
 
 void TestViews::escapeClosesWithoutSaving()
 {
-    auto* view =
-        new EditView(button(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")),
-                     false, services());
+    auto* view = new EditView(
+        shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")), false,
+        services());
     QPointer<EditView> alive(view);
     int calls = 0;
-    view->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(view, &EditView::saved, [&] { ++calls; });
     view->show();
     auto* title = child<QLineEdit>(*view, QStringLiteral("title"));
     title->setText(QStringLiteral("Changed"));
@@ -653,18 +668,20 @@ void TestViews::escapeClosesWithoutSaving()
     QCOMPARE(calls, 0);
 
     // Return in a one-line field saves, as a dialog's default button would.
-    auto* second = new EditView(button(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
+    auto* second =
+        new EditView(shownButton(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
     QPointer<EditView> secondAlive(second);
-    second->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(second, &EditView::saved, [&] { ++calls; });
     second->show();
     QTest::keyClick(child<QLineEdit>(*second, QStringLiteral("title")), Qt::Key_Return);
     QCOMPARE(calls, 1);
     QTRY_VERIFY(secondAlive.isNull());
 
     // But Return on a focused Cancel button cancels.
-    auto* third = new EditView(button(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
+    auto* third =
+        new EditView(shownButton(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
     QPointer<EditView> thirdAlive(third);
-    third->onSave = [&](const ButtonSpec&) { ++calls; };
+    QObject::connect(third, &EditView::saved, [&] { ++calls; });
     third->show();
     QTest::keyClick(child<QPushButton>(*third, QStringLiteral("cancel")), Qt::Key_Return);
     QTRY_VERIFY(thirdAlive.isNull());
@@ -693,6 +710,50 @@ void TestViews::tildeAndFullPathShareOneEntry()
     QCOMPARE(viaTilde.cacheKey(), full.cacheKey());
     QVERIFY(IconCache::image(QStringLiteral("/")).cacheKey() != full.cacheKey() ||
             IconCache::image(QStringLiteral("/")) == full);
+}
+
+void TestViews::barComesBackOnTheScreenItWasLeftOn_data()
+{
+    QTest::addColumn<int>("saved");
+    QTest::addColumn<quint32>("expected");
+    QTest::newRow("first start: the first screen") << -1 << 1u;
+    QTest::newRow("left on the second screen") << 2 << 2u;
+    QTest::newRow("left on the first screen") << 1 << 1u;
+    QTest::newRow("left on a screen that is gone: the first") << 7 << 1u;
+}
+
+void TestViews::barComesBackOnTheScreenItWasLeftOn()
+{
+    QFETCH(int, saved);
+    QFETCH(quint32, expected);
+    TempConfigDir dir;
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir.path());
+    Preferences preferences;
+    if (saved >= 0)
+        preferences.setBarPosition({quint32(saved), 0.25, 0.1});
+    FakePlatform platform;
+    platform.screenList = {{1, QRect(0, 0, 1440, 900), QRect(0, 0, 1440, 875)},
+                           {2, QRect(1440, 0, 1920, 1080), QRect(1440, 0, 1920, 1080)}};
+    ConfigSession session;
+    session.load();
+    ContextTracker context(platform.frontApplication());
+    DragState drag;
+    BarHandlers handlers;
+    FlyoutController flyouts(platform, handlers, drag);
+    BarPlacement placement(platform, preferences, session, context, drag, handlers, flyouts);
+    placement.create(false);
+
+    const QRect frame = placement.panel()->frameGeometry();
+    const auto screen = platform.screens().screenOf(frame);
+    QVERIFY(screen);
+    QCOMPARE(screen->number, expected);
+    QVERIFY2(screen->available.contains(frame), "the whole bar is on its screen");
+    // Moved a little, it is saved on that screen, at the fractions that bring it back there.
+    placement.moveBy(QPointF(30, 20));
+    placement.savePosition();
+    QCOMPARE(preferences.barPosition().value_or(Preferences::BarPosition{}).display, expected);
+    QCOMPARE(placement.savedOrigin(placement.panel()->size()),
+             std::optional<QPoint>(placement.panel()->pos()));
 }
 
 QTEST_MAIN(TestViews)

@@ -94,40 +94,39 @@ QString Actions::shortcutsFolder()
 
 void Actions::run(const ButtonSpec& button)
 {
-    const QString& kind = button.action;
-    const std::optional<QString>& argument = button.argument;
-    if (kind == QLatin1String("newFolder")) {
-        makeNewFolder();
+    const ActionKind kind = button.kind();
+    if (kind == ActionKind::NewFolder)
+        return makeNewFolder();
+    // Stacks and a listing's rows are never run, and a kind this program does not know cannot be.
+    if (kind == ActionKind::Group || kind == ActionKind::Navigate || kind == ActionKind::Unknown)
+        return m_platform.beeper().beep();
+    if (!button.argument)
+        return;
+    const QString& argument = *button.argument;
+    switch (kind) {
+    case ActionKind::Open:
+    case ActionKind::Folder:
+        return open(argument);
+    case ActionKind::App:
+        return void(m_platform.launcher().launchApplication(applicationArgument(argument), {}));
+    case ActionKind::Shortcut:
+        return runShortcut(argument);
+    case ActionKind::Url:
+        return openUrl(argument);
+    case ActionKind::Keys:
+        return m_keys.press(argument);
+    case ActionKind::Paste:
+        return m_keys.paste(argument);
+    case ActionKind::Shell:
+        return launch(m_platform.launcher().loginShell(), {QStringLiteral("-lc"), argument});
+    case ActionKind::AppleScript:
+        return Log::line(QStringLiteral("AppleScript error: AppleScript is not available on this system"));
+    case ActionKind::NewFolder:
+    case ActionKind::Group:
+    case ActionKind::Navigate:
+    case ActionKind::Unknown:
         return;
     }
-    static const QStringList known = {
-        QStringLiteral("open"),  QStringLiteral("app"),    QStringLiteral("shortcut"),
-        QStringLiteral("url"),   QStringLiteral("folder"), QStringLiteral("keys"),
-        QStringLiteral("paste"), QStringLiteral("shell"),  QStringLiteral("applescript"),
-    };
-    if (!known.contains(kind)) {
-        m_platform.beeper().beep();
-        return;
-    }
-    if (!argument)
-        return;
-
-    if (kind == QLatin1String("open") || kind == QLatin1String("folder"))
-        open(*argument);
-    else if (kind == QLatin1String("app"))
-        m_platform.launcher().launchApplication(applicationArgument(*argument), {});
-    else if (kind == QLatin1String("shortcut"))
-        runShortcut(*argument);
-    else if (kind == QLatin1String("url"))
-        openUrl(*argument);
-    else if (kind == QLatin1String("keys"))
-        m_keys.press(*argument);
-    else if (kind == QLatin1String("paste"))
-        m_keys.paste(*argument);
-    else if (kind == QLatin1String("shell"))
-        launch(m_platform.launcher().loginShell(), {QStringLiteral("-lc"), *argument});
-    else if (kind == QLatin1String("applescript"))
-        Log::line(QStringLiteral("AppleScript error: AppleScript is not available on this system"));
 }
 
 void Actions::launch(const QString& path, const QStringList& arguments)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyStroke.h"
+
 #include <QHash>
 #include <QString>
 #include <QStringView>
@@ -11,15 +13,8 @@
 /// The numbers are kept in the form of the configuration's original home platform (its virtual key codes
 /// and modifier masks); they are what "--parse-keys" prints, and the X11 backend maps them to keysyms and
 /// X modifiers. "cmd" is the Super key on Linux.
-struct KeyCombo
+struct KeyCombo : KeyStroke
 {
-    enum Flag : quint64
-    {
-        ShiftFlag = 0x20000,
-        ControlFlag = 0x40000,
-        AltFlag = 0x80000,
-        SuperFlag = 0x100000,
-    };
     enum HotkeyModifier : quint32
     {
         SuperModifier = 0x100,
@@ -28,8 +23,6 @@ struct KeyCombo
         ControlModifier = 0x1000,
     };
 
-    quint16 keyCode = 0;
-    quint64 flags = 0;
     quint32 carbon = 0;
 
     /// Modifier words and one key name joined by "+", in any order and case; nothing for invalid text.

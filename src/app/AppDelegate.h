@@ -1,35 +1,33 @@
 #pragma once
 
-#include "actions/Actions.h"
-#include "app/Hotkey.h"
 #include "app/Preferences.h"
 #include "bar/BarHandlers.h"
-#include "config/AppContext.h"
-#include "config/ConfigDocument.h"
 #include "dragdrop/DragState.h"
-#include "editor/EditView.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QProcessEnvironment>
-#include <QTimer>
+#include <QUrl>
 #include <memory>
 
-class BarPanel;
-class BarView;
+class Actions;
+class BarPlacement;
 class BarVisibility;
-class ConfigWatcher;
-class ShellMenus;
-class Updater;
+class ButtonCommands;
+class ConfigDocument;
+class ConfigSession;
+class ContextTracker;
+class EditorLauncher;
 class FlyoutController;
+class Hotkey;
 class Platform;
 class RunQuestionBox;
+class ShellMenus;
+class TapRunner;
+class Updater;
 
-/// The one owner of the program's run-time state: the configuration and its history, the bar and its
-/// flyout, and the desktop services. The work itself lives in the collaborators it wires together.
-///
-/// The configuration is read once at launch: the document it starts from is both the one shown and
-/// the one last saved, so reading it twice would only repeat the recovery and its log line.
+/// Builds the program's parts and connects them: the configuration session, the application in front,
+/// the bar and its place, its flyouts and menus, the button commands, the editor, and the visibility
+/// rules. The work itself is the parts'.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -45,80 +43,30 @@ public:
     /// Shows the bar and applies the start-up commands.
     void finishLaunching(const QProcessEnvironment& environment);
 
-    void reloadBar();
-    void tapped(const ButtonSpec& spec, const QRectF& frameInBar);
-    void tappedInFlyout(const ButtonSpec& spec);
-    void overflowTapped(const QList<ButtonSpec>& items, const QRectF& frameInBar);
-    void closeFlyout();
-    void removeButton(const ButtonSpec& spec);
-    void toggleLock(const ButtonSpec& spec);
-    void moveToGlobal(const ButtonSpec& spec);
-    void showBackups();
-    void editConfig();
-
-    void dragMoved(const ButtonSpec& spec, const QPointF& point);
-    void dragEnded(const ButtonSpec& spec, const QPointF& point);
-    void fileHover(const QPointF& local);
-    void fileHoverEnd();
-    void fileDrop(const QList<QUrl>& urls, const QPointF& local);
-    void moveToContext(const ButtonSpec& spec);
-    const std::optional<ContextApp>& contextApp() const { return m_contextApp; }
-    QList<ButtonSpec> contextButtons() const;
-
-    void toggleLaunchAtLogin();
-    void updateHotkey();
-    void checkForUpdates();
-    bool hasUpdater() const { return m_updater != nullptr; }
+    ConfigDocument& document();
     BarVisibility& barVisibility() { return *m_visibility; }
-
-    /// Opens the button editor, or brings forward the one that is open. `parent` is a stack's title, or
-    /// "@context" for the set of the application in front; none puts a new button on the bar.
-    void openEditor(const std::optional<ButtonSpec>& editing, const std::optional<QString>& parent,
-                    bool newStack);
-    EditView* editor() const { return m_editor; }
-
-    ConfigDocument& document() { return *m_document; }
-    Platform& platform() { return *m_platform; }
-    Preferences& preferences() { return m_preferences; }
-    FlyoutController& flyouts() { return *m_flyouts; }
-    const BarHandlers& handlers() const { return m_handlers; }
+    TapRunner& taps() { return *m_taps; }
     const DragState& drag() const { return m_drag; }
 
-    /// The origin a bar of `size` had on its screen when it was last moved, if any.
-    std::optional<QPoint> savedOrigin(const QSize& size);
-    void savePosition();
-
 private:
-    void createBar(bool top);
-    void barMoved();
-    void screensChanged();
-    void watchScreens();
-    void scheduleStartupMoves(const QProcessEnvironment& environment);
-    void trackFrontApp(const QProcessEnvironment& environment);
-    void adopt(const ContextApp& app);
-    void clearFeedback();
-    void saveEdited(ButtonSpec edited, const std::optional<QString>& oldTitle,
-                    const std::optional<QString>& parent);
+    void connectParts();
+    void updateHotkey();
 
     std::unique_ptr<Platform> m_platform;
-    std::unique_ptr<ConfigDocument> m_document;
     std::unique_ptr<RunQuestionBox> m_runQuestion;
     std::unique_ptr<Actions> m_actions;
     DragState m_drag;
     BarHandlers m_handlers;
     Preferences m_preferences;
-    std::unique_ptr<BarPanel> m_panel;
-    BarView* m_barView = nullptr;
-    std::unique_ptr<FlyoutController> m_flyouts;
-    std::unique_ptr<ConfigWatcher> m_watcher;
-    QTimer m_saveTimer;
-    bool m_lastExpandsUp = true;
-    /// How wide the bar could be on its screen when it was last rebuilt; another screen means a rebuild.
-    int m_lastWidthBudget = 0;
-    std::optional<ContextApp> m_contextApp;
-    BarVisibility* m_visibility = nullptr;
-    ShellMenus* m_menus = nullptr;
-    std::unique_ptr<Hotkey> m_hotkey;
+    ConfigSession* m_session = nullptr;
+    ContextTracker* m_context = nullptr;
     Updater* m_updater = nullptr;
-    QPointer<EditView> m_editor;
+    BarVisibility* m_visibility = nullptr;
+    EditorLauncher* m_editor = nullptr;
+    std::unique_ptr<Hotkey> m_hotkey;
+    std::unique_ptr<FlyoutController> m_flyouts;
+    std::unique_ptr<TapRunner> m_taps;
+    BarPlacement* m_placement = nullptr;
+    std::unique_ptr<ButtonCommands> m_buttons;
+    ShellMenus* m_menus = nullptr;
 };

@@ -2,8 +2,10 @@
 
 #include "app/AppDelegate.h"
 #include "app/BarVisibility.h"
+#include "app/TapRunner.h"
 #include "bar/TapRouting.h"
-#include "dragdrop/Editing.h"
+#include "config/ConfigDocument.h"
+#include "config/Editing.h"
 
 #include <QCoreApplication>
 
@@ -40,10 +42,10 @@ bool open(AppDelegate& app, const QString& title)
     if (!spec)
         return false;
     // A flyout hangs from the bar: a hidden bar comes back for it. A chip that only runs needs no bar.
-    const bool opensFlyout = spec->isGroup() || spec->action == QLatin1String("folder");
+    const bool opensFlyout = spec->isGroup() || spec->kind() == ActionKind::Folder;
     if (opensFlyout && !app.barVisibility().isShown())
         app.barVisibility().show();
-    app.tapped(*spec, TapRouting::anchorFor(cfg, app.drag().barFrames(), title));
+    app.taps().onBar(*spec, TapRouting::anchorFor(cfg, app.drag().barFrames(), title));
     return true;
 }
 

@@ -1,110 +1,159 @@
 #include "HandlerTable.h"
 
-#include "app/AppDelegate.h"
+#include "actions/Actions.h"
+#include "app/BarPlacement.h"
 #include "app/BarVisibility.h"
+#include "app/ButtonCommands.h"
+#include "app/ConfigSession.h"
+#include "app/ContextTracker.h"
+#include "app/EditorLauncher.h"
+#include "app/Preferences.h"
+#include "app/TapRunner.h"
+#include "app/Updater.h"
 #include "bar/FlyoutController.h"
+#include "config/Backups.h"
+#include "config/Config.h"
+#include "config/Editing.h"
 #include "config/Presets.h"
-#include "dragdrop/Editing.h"
+#include "platform/Log.h"
 #include "platform/Platform.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QPointer>
 
 namespace {
 
-/// Wraps `work` so that it runs only while the controller lives, else returns `fallback`.
+/// Wraps `work` so that it runs only while the owner lives, else returns `fallback`.
 template<typename Result, typename... Args, typename Work>
-std::function<Result(Args...)> weakly(AppDelegate& delegate, Work work, Result fallback = Result())
+std::function<Result(Args...)> weakly(QObject& owner, Work work, Result fallback = Result())
 {
-    QPointer<AppDelegate> weak(&delegate);
-    return [weak, work, fallback](Args... args) -> Result {
-        if (!weak)
-            return fallback;
-        return work(*weak, args...);
-    };
+    QPointer<QObject> weak(&owner);
+    return [weak, work, fallback](Args... args) -> Result { return weak ? work(args...) : fallback; };
 }
 
 template<typename... Args, typename Work>
-std::function<void(Args...)> weaklyDo(AppDelegate& delegate, Work work)
+std::function<void(Args...)> weaklyDo(QObject& owner, Work work)
 {
-    QPointer<AppDelegate> weak(&delegate);
+    QPointer<QObject> weak(&owner);
     return [weak, work](Args... args) {
         if (weak)
-            work(*weak, args...);
+            work(args...);
     };
 }
 
-} // namespace
+using Spec = const ButtonSpec&;
 
-BarHandlers makeHandlers(AppDelegate& d)
+void addButtonCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
 {
-    BarHandlers h;
-    h.tap = weaklyDo<const ButtonSpec&, const QRectF&>(
-        d, [](AppDelegate& a, const ButtonSpec& spec, const QRectF& frame) { a.tapped(spec, frame); });
-    h.tapInFlyout = weaklyDo<const ButtonSpec&>(
-        d, [](AppDelegate& a, const ButtonSpec& spec) { a.tappedInFlyout(spec); });
-    h.isListing = weakly<bool>(d, [](AppDelegate& a) { return a.flyouts().listingRoot().has_value(); });
-    h.remove =
-        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.removeButton(spec); });
-    h.toggleLock =
-        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.toggleLock(spec); });
-    h.lockAll = weaklyDo<bool>(d, [](AppDelegate& a, bool locked) { a.document().lockAll(locked); });
-    h.moveToGlobal =
-        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.moveToGlobal(spec); });
-    h.isContext = weakly<bool, const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) {
-        return Editing::isContext(a.document().cfg(), spec.title);
+    ButtonCommands& b = p.buttons;
+    h.remove = weaklyDo<Spec>(o, [&b](Spec spec) { b.remove(spec); });
+    h.toggleLock = weaklyDo<Spec>(o, [&b](Spec spec) { b.toggleLock(spec); });
+    h.moveToGlobal = weaklyDo<Spec>(o, [&b](Spec spec) { b.moveToGlobal(spec); });
+    h.moveToContext = weaklyDo<Spec>(o, [&b](Spec spec) { b.moveToContext(spec); });
+    // Chips move only on the bar, not while a folder listing is open.
+    const auto bar = [&flyouts = p.flyouts, &placement = p.placement]() -> std::optional<QRectF> {
+        return flyouts.listingRoot() ? std::nullopt : placement.frame();
+    };
+    h.dragMove = weaklyDo<Spec, const QPointF&>(o, [&b, bar](Spec spec, const QPointF& at) {
+        if (const auto frame = bar())
+            b.dragMoved(spec, at, *frame);
     });
-    h.contextName = weakly<std::optional<QString>>(d, [](AppDelegate& a) {
-        return a.contextApp() ? std::optional<QString>(a.contextApp()->name) : std::nullopt;
+    h.dragEnd = weaklyDo<Spec, const QPointF&>(o, [&b, bar](Spec spec, const QPointF& at) {
+        if (const auto frame = bar())
+            b.dragEnded(spec, at, *frame);
     });
-    h.moveToContext =
-        weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) { a.moveToContext(spec); });
-    h.dragMove = weaklyDo<const ButtonSpec&, const QPointF&>(
-        d, [](AppDelegate& a, const ButtonSpec& spec, const QPointF& at) { a.dragMoved(spec, at); });
-    h.dragEnd = weaklyDo<const ButtonSpec&, const QPointF&>(
-        d, [](AppDelegate& a, const ButtonSpec& spec, const QPointF& at) { a.dragEnded(spec, at); });
-    h.fileHover = weaklyDo<const QPointF&>(d, [](AppDelegate& a, const QPointF& at) { a.fileHover(at); });
-    h.fileHoverEnd = weaklyDo<>(d, [](AppDelegate& a) { a.fileHoverEnd(); });
+    h.fileHover = weaklyDo<const QPointF&>(o, [&b](const QPointF& at) { b.fileHover(at); });
+    h.fileHoverEnd = weaklyDo<>(o, [&b] { b.fileHoverEnd(); });
     h.fileDrop = weaklyDo<const QList<QUrl>&, const QPointF&>(
-        d, [](AppDelegate& a, const QList<QUrl>& urls, const QPointF& at) { a.fileDrop(urls, at); });
-    h.presetNames = weakly<QStringList>(d, [](AppDelegate&) {
+        o, [&b](const QList<QUrl>& urls, const QPointF& at) { b.fileDrop(urls, at); });
+}
+
+void addDocumentCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
+{
+    ConfigSession& s = p.session;
+    h.isContext =
+        weakly<bool, Spec>(o, [&s](Spec spec) { return Editing::isContext(s.document().cfg(), spec.title); });
+    h.lockAll = weaklyDo<bool>(o, [&s](bool locked) { s.document().lockAll(locked); });
+    h.presetNames = weakly<QStringList>(o, [] {
         QStringList names;
         for (const AppPreset& preset : Presets::all())
             names.append(preset.name);
         return names;
     });
-    h.addPreset = weaklyDo<const QString&>(
-        d, [](AppDelegate& a, const QString& name) { a.document().addPreset(name); });
-    h.appliedPresetNames =
-        weakly<QStringList>(d, [](AppDelegate& a) { return Presets::appliedNames(a.document().cfg()); });
-    h.removePreset = weaklyDo<const QString&>(
-        d, [](AppDelegate& a, const QString& name) { a.document().removePreset(name); });
-    h.backupInfos = weakly<QList<BackupInfo>>(d, [](AppDelegate&) { return Config::backupInfos(); });
-    h.restoreBackup =
-        weaklyDo<const QString&>(d, [](AppDelegate& a, const QString& path) { a.document().restore(path); });
-    h.backupNow = weaklyDo<>(d, [](AppDelegate& a) { a.document().backupNow(); });
-    h.showBackups = weaklyDo<>(d, [](AppDelegate& a) { a.showBackups(); });
-    h.undo = weaklyDo<>(d, [](AppDelegate& a) { a.document().undo(); });
-    h.autoHide = weakly<bool>(d, [](AppDelegate& a) { return a.preferences().autoHide(); });
-    h.toggleAutoHide = weaklyDo<>(d, [](AppDelegate& a) { a.barVisibility().toggleAutoHide(); });
-    h.hideBar = weaklyDo<>(d, [](AppDelegate& a) { a.barVisibility().hide(true); });
-    h.canCheckForUpdates = weakly<bool>(d, [](AppDelegate& a) { return a.hasUpdater(); });
-    h.checkForUpdates = weaklyDo<>(d, [](AppDelegate& a) { a.checkForUpdates(); });
-    h.launchAtLogin = weakly<bool>(d, [](AppDelegate& a) { return a.platform().autostart().isEnabled(); });
-    h.toggleLaunchAtLogin = weaklyDo<>(d, [](AppDelegate& a) { a.toggleLaunchAtLogin(); });
-    h.edit = weaklyDo<const ButtonSpec&>(d, [](AppDelegate& a, const ButtonSpec& spec) {
-        // The menu's copy may be stale; edit what the document holds now.
-        if (const auto current = Editing::button(a.document().cfg(), spec.title))
-            a.openEditor(current, std::nullopt, false);
+    h.addPreset = weaklyDo<const QString&>(o, [&s](const QString& name) { s.document().addPreset(name); });
+    h.appliedPresetNames = weakly<QStringList>(o, [&s] { return Presets::appliedNames(s.document().cfg()); });
+    h.removePreset =
+        weaklyDo<const QString&>(o, [&s](const QString& name) { s.document().removePreset(name); });
+    h.backupInfos = weakly<QList<BackupInfo>>(o, [] { return Config::backupInfos(); });
+    h.restoreBackup = weaklyDo<const QString&>(o, [&s](const QString& path) { s.document().restore(path); });
+    h.backupNow = weaklyDo<>(o, [&s] { s.document().backupNow(); });
+    h.undo = weaklyDo<>(o, [&s] { s.document().undo(); });
+    Actions& a = p.actions;
+    h.showBackups = weaklyDo<>(o, [&a] {
+        QDir().mkpath(Config::backupsDir());
+        a.openDocument(Config::backupsDir());
     });
-    h.add =
-        weaklyDo<const std::optional<QString>&>(d, [](AppDelegate& a, const std::optional<QString>& parent) {
-            a.openEditor(std::nullopt, parent, false);
-        });
-    h.newStack = weaklyDo<>(d, [](AppDelegate& a) { a.openEditor(std::nullopt, std::nullopt, true); });
-    h.addContext =
-        weaklyDo<>(d, [](AppDelegate& a) { a.openEditor(std::nullopt, QStringLiteral("@context"), false); });
-    h.editConfigFile = weaklyDo<>(d, [](AppDelegate& a) { a.editConfig(); });
-    h.quit = weaklyDo<>(d, [](AppDelegate&) { QApplication::quit(); });
+    h.editConfigFile = weaklyDo<>(o, [&a] { a.openDocument(Config::buttonsPath()); });
+}
+
+void addEditorCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
+{
+    EditorLauncher& e = p.editor;
+    ConfigSession& s = p.session;
+    h.edit = weaklyDo<Spec>(o, [&e, &s](Spec spec) {
+        // The menu's copy may be stale; edit what the document holds now.
+        if (const auto current = Editing::button(s.document().cfg(), spec.title))
+            e.open(current, std::nullopt, false);
+    });
+    h.add = weaklyDo<const std::optional<QString>&>(
+        o, [&e](const std::optional<QString>& parent) { e.open(std::nullopt, parent, false); });
+    h.newStack = weaklyDo<>(o, [&e] { e.open(std::nullopt, std::nullopt, true); });
+    h.addContext = weaklyDo<>(o, [&e] { e.open(std::nullopt, QStringLiteral("@context"), false); });
+}
+
+void addShellCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
+{
+    BarVisibility& v = p.visibility;
+    Preferences& preferences = p.preferences;
+    h.autoHide = weakly<bool>(o, [&preferences] { return preferences.autoHide(); });
+    h.toggleAutoHide = weaklyDo<>(o, [&v] { v.toggleAutoHide(); });
+    h.hideBar = weaklyDo<>(o, [&v] { v.hide(true); });
+    h.toggleBar = weaklyDo<>(o, [&v] { v.toggleBar(); });
+    h.barShown = weakly<bool>(o, [&v] { return v.isShown(); });
+    Updater* updater = p.updater;
+    h.canCheckForUpdates = weakly<bool>(o, [updater] { return updater != nullptr; });
+    h.checkForUpdates = weaklyDo<>(o, [updater] {
+        if (updater)
+            updater->check();
+    });
+    Autostart& autostart = p.platform.autostart();
+    h.launchAtLogin = weakly<bool>(o, [&autostart] { return autostart.isEnabled(); });
+    h.toggleLaunchAtLogin = weaklyDo<>(o, [&autostart] {
+        if (const auto error = autostart.setEnabled(!autostart.isEnabled()))
+            Log::line(QStringLiteral("Launch at login failed: ") + *error);
+    });
+    h.quit = weaklyDo<>(o, [] { QApplication::quit(); });
+}
+
+} // namespace
+
+BarHandlers makeHandlers(const HandlerParts& p, QObject& o)
+{
+    BarHandlers h;
+    TapRunner& taps = p.taps;
+    h.tap = weaklyDo<Spec, const QRectF&>(
+        o, [&taps](Spec spec, const QRectF& frame) { taps.onBar(spec, frame); });
+    h.tapInFlyout = weaklyDo<Spec>(o, [&taps](Spec spec) { taps.inFlyout(spec); });
+    FlyoutController& flyouts = p.flyouts;
+    h.isListing = weakly<bool>(o, [&flyouts] { return flyouts.listingRoot().has_value(); });
+    ContextTracker& context = p.context;
+    h.contextName = weakly<std::optional<QString>>(o, [&context] {
+        return context.current() ? std::optional<QString>(context.current()->name) : std::nullopt;
+    });
+    addButtonCommands(h, p, o);
+    addDocumentCommands(h, p, o);
+    addEditorCommands(h, p, o);
+    addShellCommands(h, p, o);
     return h;
 }

@@ -25,7 +25,7 @@ QList<Item> populate(const State& state)
         items << action(QStringLiteral("Undo last change"), Command::Undo);
     items << Item::separator();
 
-    items << presetAndBackupItems<Command>(state.presetNames, state.appliedPresets, state.backups);
+    items << presetAndBackupItems(state.presetNames, state.appliedPresets, state.backups);
 
     items << Item::toggle(QStringLiteral("Auto-hide"), Command::AutoHide, state.autoHide)
           << Item::toggle(QStringLiteral("Show icon in system tray"), Command::ToggleTrayIcon, state.trayIcon)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/MenuItem.h"
+#include "bar/MenuItem.h"
 #include "config/Backups.h"
 
 #include <QList>
@@ -11,28 +11,8 @@
 /// opening from what is true at that moment.
 namespace MenuModel {
 
-enum class Command
-{
-    None,
-    ToggleBar,
-    AddButton,
-    NewStack,
-    AddContextButton,
-    Undo,
-    AddPreset,    ///< argument: the preset's name
-    RemovePreset, ///< argument: the preset's name
-    BackupNow,
-    ShowBackups,
-    Restore, ///< argument: the backup's path
-    AutoHide,
-    ToggleTrayIcon,
-    LaunchAtLogin,
-    EditConfig,
-    CheckForUpdates,
-    Quit,
-};
-
-using Item = MenuItem<Command>;
+using Command = MenuCommand;
+using Item = MenuItem;
 
 /// What the menu depends on.
 struct State

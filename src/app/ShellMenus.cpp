@@ -1,19 +1,20 @@
 #include "ShellMenus.h"
 
-#include "app/AppDelegate.h"
-#include "app/AppMenu.h"
-#include "app/BarVisibility.h"
+#include "app/Preferences.h"
 #include "app/TrayGlyph.h"
-#include "config/Presets.h"
-#include "platform/Platform.h"
+#include "bar/MenuCommands.h"
+#include "bar/MenuFill.h"
+#include "dragdrop/DragState.h"
 
-#include <QApplication>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
-ShellMenus::ShellMenus(AppDelegate& app)
-    : QObject(&app)
-    , m_app(app)
+ShellMenus::ShellMenus(Preferences& preferences, const BarHandlers& handlers, const DragState& drag,
+                       QObject* parent)
+    : QObject(parent)
+    , m_preferences(preferences)
+    , m_handlers(handlers)
+    , m_drag(drag)
     , m_barMenu(std::make_unique<QMenu>())
 {}
 
@@ -21,8 +22,7 @@ ShellMenus::~ShellMenus() = default;
 
 void ShellMenus::fill(QMenu& menu)
 {
-    AppMenu::fill<MenuModel::Item>(menu, MenuModel::populate(state()),
-                                   [this](const MenuModel::Item& item) { run(item); });
+    MenuFill::fill(menu, MenuModel::populate(state()), [this](const MenuItem& item) { run(item); });
 }
 
 void ShellMenus::showBarMenu(const QPoint& globalPos)
@@ -33,7 +33,7 @@ void ShellMenus::showBarMenu(const QPoint& globalPos)
 
 void ShellMenus::updateTrayIcon()
 {
-    if (!m_app.preferences().showStatusItem()) {
+    if (!m_preferences.showStatusItem()) {
         m_tray.reset();
         // Later: the menu's own action may be what turned the icon off, and Qt uses the menu after it.
         if (QMenu* menu = m_trayMenu.release())
@@ -52,80 +52,30 @@ void ShellMenus::updateTrayIcon()
 
 void ShellMenus::toggleTrayIcon()
 {
-    m_app.preferences().setShowStatusItem(!m_app.preferences().showStatusItem());
+    m_preferences.setShowStatusItem(!m_preferences.showStatusItem());
     updateTrayIcon();
 }
 
 MenuModel::State ShellMenus::state()
 {
+    const auto ask = [](const auto& function, auto fallback) { return function ? function() : fallback; };
     MenuModel::State state;
-    state.barShown = m_app.barVisibility().isShown();
-    state.contextName = m_app.contextApp() ? std::optional<QString>(m_app.contextApp()->name) : std::nullopt;
-    state.canUndo = m_app.document().canUndo();
-    for (const AppPreset& preset : Presets::all())
-        state.presetNames.append(preset.name);
-    state.appliedPresets = Presets::appliedNames(m_app.document().cfg());
-    state.backups = Config::backupInfos();
-    state.autoHide = m_app.preferences().autoHide();
-    state.trayIcon = m_app.preferences().showStatusItem();
-    state.launchAtLogin = m_app.platform().autostart().isEnabled();
-    state.hasUpdater = m_app.hasUpdater();
+    state.barShown = ask(m_handlers.barShown, true);
+    state.contextName = ask(m_handlers.contextName, std::optional<QString>());
+    state.canUndo = m_drag.canUndo();
+    state.presetNames = ask(m_handlers.presetNames, QStringList());
+    state.appliedPresets = ask(m_handlers.appliedPresetNames, QStringList());
+    state.backups = ask(m_handlers.backupInfos, QList<BackupInfo>());
+    state.autoHide = m_preferences.autoHide();
+    state.trayIcon = m_preferences.showStatusItem();
+    state.launchAtLogin = ask(m_handlers.launchAtLogin, false);
+    state.hasUpdater = ask(m_handlers.canCheckForUpdates, false);
     return state;
 }
 
-void ShellMenus::run(const MenuModel::Item& item)
+void ShellMenus::run(const MenuItem& item)
 {
-    using Command = MenuModel::Command;
-    switch (item.command) {
-    case Command::ToggleBar:
-        m_app.barVisibility().toggleBar();
-        break;
-    case Command::AddButton:
-        m_app.openEditor(std::nullopt, std::nullopt, false);
-        break;
-    case Command::NewStack:
-        m_app.openEditor(std::nullopt, std::nullopt, true);
-        break;
-    case Command::AddContextButton:
-        m_app.openEditor(std::nullopt, QStringLiteral("@context"), false);
-        break;
-    case Command::Undo:
-        m_app.document().undo();
-        break;
-    case Command::AddPreset:
-        m_app.document().addPreset(item.argument);
-        break;
-    case Command::RemovePreset:
-        m_app.document().removePreset(item.argument);
-        break;
-    case Command::BackupNow:
-        m_app.document().backupNow();
-        break;
-    case Command::ShowBackups:
-        m_app.showBackups();
-        break;
-    case Command::Restore:
-        m_app.document().restore(item.argument);
-        break;
-    case Command::AutoHide:
-        m_app.barVisibility().toggleAutoHide();
-        break;
-    case Command::ToggleTrayIcon:
-        toggleTrayIcon();
-        break;
-    case Command::LaunchAtLogin:
-        m_app.toggleLaunchAtLogin();
-        break;
-    case Command::EditConfig:
-        m_app.editConfig();
-        break;
-    case Command::CheckForUpdates:
-        m_app.checkForUpdates();
-        break;
-    case Command::Quit:
-        QApplication::quit();
-        break;
-    case Command::None:
-        break;
-    }
+    BarHandlers handlers = m_handlers;
+    handlers.toggleTrayIcon = [this] { toggleTrayIcon(); };
+    MenuCommands::run(item, ButtonSpec(), handlers);
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/MenuModel.h"
+#include "bar/BarHandlers.h"
 
 #include <QObject>
 #include <QPoint>
 #include <memory>
 
-class AppDelegate;
+class DragState;
+class Preferences;
 class QMenu;
 class QSystemTrayIcon;
 
@@ -16,7 +18,9 @@ class ShellMenus : public QObject
     Q_OBJECT
 
 public:
-    explicit ShellMenus(AppDelegate& app);
+    /// What the menu shows and does comes from `handlers`, as a button's menu does.
+    ShellMenus(Preferences& preferences, const BarHandlers& handlers, const DragState& drag,
+               QObject* parent = nullptr);
     ~ShellMenus() override;
 
     void showBarMenu(const QPoint& globalPos);
@@ -26,10 +30,12 @@ public:
 
 private:
     MenuModel::State state();
-    void run(const MenuModel::Item& item);
+    void run(const MenuItem& item);
     void fill(QMenu& menu);
 
-    AppDelegate& m_app;
+    Preferences& m_preferences;
+    const BarHandlers& m_handlers;
+    const DragState& m_drag;
     std::unique_ptr<QMenu> m_barMenu;
     std::unique_ptr<QMenu> m_trayMenu;
     std::unique_ptr<QSystemTrayIcon> m_tray;

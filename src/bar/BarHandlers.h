@@ -4,6 +4,7 @@
 #include "config/BarConfig.h"
 
 #include <QList>
+#include <QPoint>
 #include <QPointF>
 #include <QRectF>
 #include <QStringList>
@@ -44,6 +45,11 @@ struct BarHandlers
     std::function<bool()> autoHide;
     std::function<void()> toggleAutoHide;
     std::function<void()> hideBar;
+    std::function<void()> toggleBar;
+    std::function<bool()> barShown;
+    std::function<void()> toggleTrayIcon;
+    /// A right click on a chip, on the bar or in a flyout: the button's menu is the caller's to show.
+    std::function<void(const ButtonSpec&, const QPoint&)> chipMenu;
     std::function<void()> undo;
     std::function<void(const QPointF&)> fileHover;
     std::function<void()> fileHoverEnd;

@@ -6,7 +6,6 @@
 #include "bar/Overflow.h"
 #include "bar/SymbolNames.h"
 #include "dragdrop/DragState.h"
-#include "editor/ItemMenu.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -70,7 +69,7 @@ BarView::BarView(DragState& drag, const BarHandlers& handlers, QWidget* parent)
 
 bool BarView::hasChevron(const ButtonSpec& spec)
 {
-    return spec.isGroup() || spec.action == QLatin1String("folder");
+    return spec.isGroup() || spec.kind() == ActionKind::Folder;
 }
 
 ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
@@ -85,8 +84,9 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
             handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
     };
     chip->forwardDrags(handlers);
-    chip->onContextMenu = [this, chip](const QPoint& at) {
-        ItemMenu::popup(chip->spec(), m_handlers, m_drag, at);
+    chip->onContextMenu = [chip, &handlers](const QPoint& at) {
+        if (handlers.chipMenu)
+            handlers.chipMenu(chip->spec(), at);
     };
     return chip;
 }

@@ -4,7 +4,6 @@
 #include "bar/Geometry.h"
 #include "bar/Look.h"
 #include "bar/Overflow.h"
-#include "editor/ItemMenu.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -50,8 +49,9 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
         chip->forwardDrags(handlers);
         // The rows of a folder listing are made up for the moment, not buttons of the document.
         if (drag && !(handlers.isListing && handlers.isListing())) {
-            chip->onContextMenu = [chip, &handlers, drag](const QPoint& at) {
-                ItemMenu::popup(chip->spec(), handlers, *drag, at);
+            chip->onContextMenu = [chip, &handlers](const QPoint& at) {
+                if (handlers.chipMenu)
+                    handlers.chipMenu(chip->spec(), at);
             };
         }
         column->addWidget(chip, int(i % rows), int(i / rows));

@@ -14,7 +14,7 @@ class FlyoutView : public QWidget
     Q_OBJECT
 
 public:
-    /// `drag` gives the rows' menus their undo state; without it the rows have no menu.
+    /// Without `drag` (a preview) the rows have no menu.
     FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handlers, const DragState* drag = nullptr,
                int maxHeight = std::numeric_limits<int>::max(), QWidget* parent = nullptr);
 

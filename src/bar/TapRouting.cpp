@@ -11,7 +11,7 @@ QString overflowId()
 
 Route onBar(const ButtonSpec& spec, const std::optional<QString>& openGroup)
 {
-    const bool folder = spec.action == QLatin1String("folder");
+    const bool folder = spec.kind() == ActionKind::Folder;
     if (!folder && !spec.isGroup())
         return {Route::Kind::Run, {}, {}, {}, spec.title};
     if (openGroup == spec.title)
@@ -37,7 +37,7 @@ Route inFlyout(const ButtonSpec& spec, const std::optional<QString>& openGroup,
 {
     if (openGroup == overflowId())
         return onBar(spec, std::nullopt);
-    if (spec.action != QLatin1String("folder") && spec.action != QLatin1String("navigate"))
+    if (spec.kind() != ActionKind::Folder && spec.kind() != ActionKind::Navigate)
         return {Route::Kind::Run, {}, {}, {}, spec.title};
     return {Route::Kind::OpenFolder,
             {},

@@ -1,6 +1,6 @@
 #include "AppContext.h"
 
-#include "dragdrop/Editing.h"
+#include "config/Editing.h"
 
 namespace AppContext {
 

@@ -1,6 +1,6 @@
 #include "Backups.h"
 
-#include "config/Config.h"
+#include "config/ConfigPaths.h"
 #include "config/ConfigReader.h"
 #include "config/FileIO.h"
 
@@ -167,10 +167,7 @@ QList<BackupInfo> backupInfos()
         const auto time = date(path);
         if (!time)
             continue;
-        const auto bytes = FileIO::read(path);
-        if (!bytes)
-            continue;
-        const auto config = ConfigReader::decode(*bytes);
+        const auto config = ConfigReader::readFile(path);
         if (!config)
             continue;
         const QString label = locale.toString(*time, QStringLiteral("d MMM yyyy, HH:mm")) +

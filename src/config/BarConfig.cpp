@@ -16,18 +16,7 @@ ButtonSpec ButtonSpec::make(QString title, QString symbol, QString action, std::
 
 QString ButtonSpec::defaultColor(const QString& action)
 {
-    if (action == QLatin1String("app"))
-        return QStringLiteral("orange");
-    if (action == QLatin1String("shortcut"))
-        return QStringLiteral("purple");
-    if (action == QLatin1String("keys") || action == QLatin1String("paste"))
-        return QStringLiteral("yellow");
-    if (action == QLatin1String("url"))
-        return QStringLiteral("green");
-    if (action == QLatin1String("open") || action == QLatin1String("folder") ||
-        action == QLatin1String("newFolder"))
-        return QStringLiteral("cyan");
-    return QStringLiteral("white");
+    return ActionKinds::info(ActionKinds::of(action)).colour;
 }
 
 ChipColor ButtonSpec::colorNamed(const QString& name)

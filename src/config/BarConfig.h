@@ -1,5 +1,7 @@
 #pragma once
 
+#include "config/ActionKind.h"
+
 #include <QList>
 #include <QString>
 #include <optional>
@@ -34,7 +36,8 @@ struct ButtonSpec
 
     const QString& id() const { return title; }
     bool isLocked() const { return locked.value_or(false); }
-    bool isGroup() const { return action == QLatin1String("group"); }
+    ActionKind kind() const { return ActionKinds::of(action); }
+    bool isGroup() const { return kind() == ActionKind::Group; }
 
     /// The colour name used when a button carries none: by action kind, "white" for unknown kinds.
     static QString defaultColor(const QString& action);

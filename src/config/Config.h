@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/BarConfig.h"
+#include "config/ConfigPaths.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -12,12 +13,6 @@
 /// Nothing here fails towards the caller: unreadable files fall back to backups or to the defaults,
 /// and failed writes are ignored, so the configuration in memory always stays authoritative.
 namespace Config {
-
-/// VANTRIL_CONFIG_DIR when set (even to the empty text, which means the current folder), else
-/// $XDG_CONFIG_HOME/vantril when that is an absolute path, else ~/.config/vantril. Read on every call.
-QString dir();
-QString buttonsPath();
-QString backupsDir();
 
 /// The built-in bar: the "Files" and "Apps" stacks and a "Help" link.
 const BarConfig& defaults();

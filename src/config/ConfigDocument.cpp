@@ -3,9 +3,9 @@
 #include "config/Backups.h"
 #include "config/Config.h"
 #include "config/ConfigReader.h"
+#include "config/Editing.h"
 #include "config/FileIO.h"
 #include "config/Presets.h"
-#include "dragdrop/Editing.h"
 
 ConfigDocument::ConfigDocument(const BarConfig& loaded, Clock clock)
     : ConfigDocument(Config::Loaded{loaded, std::nullopt}, std::move(clock))
@@ -64,10 +64,7 @@ bool ConfigDocument::mayOverwrite()
 
 bool ConfigDocument::restore(const QString& path)
 {
-    const auto bytes = FileIO::read(path);
-    if (!bytes)
-        return false;
-    auto config = ConfigReader::decode(*bytes);
+    auto config = ConfigReader::readFile(path);
     if (!config)
         return false;
     Config::snapshot(true, m_clock());

@@ -1,5 +1,7 @@
 #include "ConfigReader.h"
 
+#include "config/FileIO.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -204,6 +206,12 @@ Result read(const QByteArray& bytes)
 std::optional<BarConfig> decode(const QByteArray& bytes)
 {
     return read(bytes).config;
+}
+
+std::optional<BarConfig> readFile(const QString& path)
+{
+    const auto bytes = FileIO::read(path);
+    return bytes ? decode(*bytes) : std::nullopt;
 }
 
 } // namespace ConfigReader

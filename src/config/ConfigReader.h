@@ -23,5 +23,7 @@ struct Result
 Result read(const QByteArray& bytes);
 /// The document, or nothing when it does not decode.
 std::optional<BarConfig> decode(const QByteArray& bytes);
+/// The document in the file at `path`, or nothing when it cannot be read or does not decode.
+std::optional<BarConfig> readFile(const QString& path);
 
 } // namespace ConfigReader

@@ -2,7 +2,6 @@
 
 #include "config/Config.h"
 #include "config/ConfigReader.h"
-#include "config/FileIO.h"
 
 #include <QFileInfo>
 
@@ -40,10 +39,7 @@ void ConfigWatcher::changed()
 
 void ConfigWatcher::reloadFromDisk()
 {
-    const auto bytes = FileIO::read(m_file);
-    if (!bytes)
-        return;
-    const auto edited = ConfigReader::decode(*bytes);
+    const auto edited = ConfigReader::readFile(m_file);
     if (!edited)
         return;
     // Layout and key order do not count as an edit: only what the document would be saved as.

@@ -1,6 +1,6 @@
 #include "Presets.h"
 
-#include "dragdrop/Editing.h"
+#include "config/Editing.h"
 
 #include <QRegularExpression>
 #include <algorithm>

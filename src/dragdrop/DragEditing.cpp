@@ -1,7 +1,7 @@
 #include "DragEditing.h"
 
 #include "actions/Paths.h"
-#include "dragdrop/Editing.h"
+#include "config/Editing.h"
 #include "platform/DesktopEntryFile.h"
 #include "platform/FileKind.h"
 

@@ -1,6 +1,6 @@
 #include "DropTarget.h"
 
-#include "dragdrop/Editing.h"
+#include "config/Editing.h"
 
 #include <limits>
 
@@ -55,7 +55,7 @@ DropTarget local(const QPointF& point, const std::optional<QString>& excluding, 
         for (const QList<ButtonSpec>* list : {&cfg.buttons, &contextButtons}) {
             for (const ButtonSpec& spec : *list) {
                 const auto frame = frames.constFind(spec.title);
-                if (spec.action == QLatin1String("app") && frame != frames.constEnd() &&
+                if (spec.kind() == ActionKind::App && frame != frames.constEnd() &&
                     contains(zone(*frame, appInset), point))
                     return DropTarget::openWith(spec.title);
             }

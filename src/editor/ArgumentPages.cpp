@@ -2,6 +2,7 @@
 
 #include "actions/KeyCombo.h"
 #include "actions/Paths.h"
+#include "config/ActionKind.h"
 #include "editor/KeyField.h"
 
 #include <QComboBox>
@@ -83,7 +84,7 @@ QSize ArgumentPages::minimumSizeHint() const
 
 bool ArgumentPages::takesArgument(const QString& kind)
 {
-    return kind != QLatin1String("newFolder") && kind != QLatin1String("group");
+    return ActionKinds::info(ActionKinds::of(kind)).takesArgument;
 }
 
 ArgumentPages::Page& ArgumentPages::page(const QString& kind)
@@ -127,7 +128,7 @@ std::optional<QString> ArgumentPages::argument() const
 
 bool ArgumentPages::acceptable() const
 {
-    if (m_kind != QLatin1String("keys"))
+    if (ActionKinds::of(m_kind) != ActionKind::Keys)
         return true;
     return KeyCombo::parse(m_keys->text()).has_value();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/EditView.h"
+#include "editor/EditorServices.h"
 
 #include <QHash>
 #include <QStackedWidget>

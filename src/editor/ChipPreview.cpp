@@ -20,7 +20,7 @@ void ChipPreview::setSpec(const ButtonSpec& spec)
     // A chip draws the button it was made with for good, so a change means a new chip.
     delete m_chip;
     std::optional<QString> chevron;
-    if (spec.isGroup() || spec.action == QLatin1String("folder"))
+    if (spec.isGroup() || spec.kind() == ActionKind::Folder)
         chevron = SymbolNames::chevron(false);
     m_chip = new ChipLabel(spec, chevron, false, this);
     m_chip->setAttribute(Qt::WA_TransparentForMouseEvents);

@@ -21,34 +21,10 @@
 
 namespace {
 
-struct Kind
-{
-    QString id;
-    QString name;
-};
-
-/// The kinds a button can be given here, in the words the window shows.
-const QList<Kind>& offeredKinds()
-{
-    static const QList<Kind> kinds = {
-        {QStringLiteral("open"), EditView::tr("Open a file or folder")},
-        {QStringLiteral("folder"), EditView::tr("Browse a folder")},
-        {QStringLiteral("app"), EditView::tr("Start an application")},
-        {QStringLiteral("url"), EditView::tr("Open a web address")},
-        {QStringLiteral("shortcut"), EditView::tr("Run a script")},
-        {QStringLiteral("keys"), EditView::tr("Press keys")},
-        {QStringLiteral("paste"), EditView::tr("Paste text")},
-        {QStringLiteral("shell"), EditView::tr("Run a shell command")},
-        {QStringLiteral("newFolder"), EditView::tr("Make a new folder on the desktop")},
-        {QStringLiteral("group"), EditView::tr("Stack of buttons")},
-    };
-    return kinds;
-}
-
 /// How a kind the list does not offer is shown, so a button that has it can keep it.
 QString extraKindName(const QString& kind)
 {
-    if (kind == QLatin1String("applescript"))
+    if (ActionKinds::of(kind) == ActionKind::AppleScript)
         return EditView::tr("AppleScript (not available on Linux)");
     if (kind.isEmpty())
         return EditView::tr("(no action)");
@@ -78,11 +54,14 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
 
     m_kind = new QComboBox(this);
     m_kind->setObjectName(QStringLiteral("kind"));
-    for (const Kind& kind : offeredKinds())
-        m_kind->addItem(kind.name, kind.id);
+    // The kinds a button can be given here, in the words the window shows.
+    for (const ActionKindInfo& kind : ActionKinds::all()) {
+        if (kind.label)
+            m_kind->addItem(tr(kind.label), QString(kind.name));
+    }
     QString startKind = initial.action;
     if (isNew && startKind.isEmpty())
-        startKind = offeredKinds().constFirst().id;
+        startKind = ActionKinds::all().constFirst().name;
     if (m_kind->findData(startKind) < 0) {
         m_kind->insertSeparator(m_kind->count());
         m_kind->addItem(extraKindName(startKind), startKind);
@@ -247,8 +226,7 @@ void EditView::save()
     if (!canSave() || m_saved)
         return;
     m_saved = true;
-    if (onSave)
-        onSave(edited());
+    Q_EMIT saved(edited());
     close();
 }
 

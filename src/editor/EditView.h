@@ -1,12 +1,10 @@
 #pragma once
 
 #include "config/BarConfig.h"
+#include "editor/EditorServices.h"
 
-#include <QList>
 #include <QString>
-#include <QStringList>
 #include <QWidget>
-#include <functional>
 
 class ArgumentPages;
 class ChipPreview;
@@ -18,23 +16,8 @@ class QLineEdit;
 class QPushButton;
 class SymbolPalette;
 
-/// An installed application the editor offers for "app" buttons.
-struct ApplicationChoice
-{
-    QString name; ///< shown in the list
-    QString id;   ///< stored as the button's argument: the desktop-entry id without ".desktop"
-};
-
-/// What the editor needs from the rest of the program.
-struct EditorServices
-{
-    std::function<QList<ApplicationChoice>()> applications;
-    QStringList shortcutNames;
-    QString shortcutsFolder;
-};
-
 /// The button editor: title, action and argument, colour, symbol or icon file, lock. It edits a copy;
-/// nothing changes until Save, which hands the edited button to `onSave` (the caller makes its title
+/// nothing changes until Save, which emits the edited button as `saved` (the caller makes its title
 /// unique and commits). Cancel and Escape close it without a change.
 class EditView : public QWidget
 {
@@ -44,12 +27,14 @@ public:
     /// `isNew` with a "group" action is a new stack: its kind is fixed and it has no argument.
     EditView(const ButtonSpec& initial, bool isNew, EditorServices services, QWidget* parent = nullptr);
 
-    std::function<void(const ButtonSpec&)> onSave;
-
     /// The button as the fields describe it now.
     ButtonSpec edited() const;
     /// Whether Save is possible: a title, and a key combination that parses for "keys".
     bool canSave() const;
+
+Q_SIGNALS:
+    /// Save was pressed; the window closes after this.
+    void saved(const ButtonSpec& edited);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -30,7 +30,7 @@ QList<Item> populate(const State& state)
     items << Item{} << action(QStringLiteral("Lock all"), Command::LockAll)
           << action(QStringLiteral("Unlock all"), Command::UnlockAll);
 
-    items << presetAndBackupItems<Command>(state.presetNames, state.appliedPresets, state.backups);
+    items << presetAndBackupItems(state.presetNames, state.appliedPresets, state.backups);
     if (state.canUndo)
         items << action(QStringLiteral("Undo last change"), Command::Undo);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/MenuItem.h"
+#include "bar/MenuItem.h"
 #include "config/Backups.h"
 #include "config/BarConfig.h"
 
@@ -11,33 +11,8 @@
 /// The menu of one button (a chip on the bar or a row in a stack's flyout), as plain data.
 namespace ItemMenuModel {
 
-enum class Command
-{
-    None,
-    Edit,
-    ToggleLock,
-    Remove,
-    AddToStack, ///< argument: the stack's title
-    NewStack,
-    MoveToContext,
-    MoveToGlobal,
-    LockAll,
-    UnlockAll,
-    AddPreset,    ///< argument: the preset's name
-    RemovePreset, ///< argument: the preset's name
-    BackupNow,
-    ShowBackups,
-    Restore, ///< argument: the backup's path
-    Undo,
-    AutoHide,
-    LaunchAtLogin,
-    EditConfig,
-    CheckForUpdates,
-    HideBar,
-    Quit,
-};
-
-using Item = MenuItem<Command>;
+using Command = MenuCommand;
+using Item = MenuItem;
 
 struct State
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/AppContext.h"
+#include "platform/ApplicationIdentity.h"
 #include "platform/FacilityReach.h"
 
 #include <functional>
@@ -18,9 +18,9 @@ public:
     FrontApplication& operator=(const FrontApplication&) = delete;
 
     /// The application in front now, when it counts.
-    virtual std::optional<ContextApp> current() = 0;
+    virtual std::optional<ApplicationIdentity> current() = 0;
     /// Starts reporting every activation of an application that counts.
-    virtual void watch(std::function<void(const ContextApp&)> activated) = 0;
+    virtual void watch(std::function<void(const ApplicationIdentity&)> activated) = 0;
     /// Which windows are followed.
     virtual FacilityReach reach() = 0;
 };

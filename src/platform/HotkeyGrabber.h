@@ -1,7 +1,7 @@
 #pragma once
 
-#include "actions/KeyCombo.h"
 #include "platform/FacilityReach.h"
+#include "platform/KeyStroke.h"
 
 #include <functional>
 
@@ -16,7 +16,7 @@ public:
 
     /// Takes the combination, with Caps Lock, Num Lock and Scroll Lock in any state, replacing any
     /// earlier one; false when another program holds it.
-    virtual bool grab(const KeyCombo& combo) = 0;
+    virtual bool grab(const KeyStroke& combo) = 0;
     /// Lets the combination go.
     virtual void release() = 0;
     /// Called on the main thread for each press (not for auto-repeat).

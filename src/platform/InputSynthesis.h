@@ -1,7 +1,7 @@
 #pragma once
 
-#include "actions/KeyCombo.h"
 #include "platform/FacilityReach.h"
+#include "platform/KeyStroke.h"
 
 /// Synthetic keyboard input, delivered to whatever window has the keyboard focus.
 class InputSynthesis
@@ -15,7 +15,7 @@ public:
     /// Whether input may be synthesised at all in this session.
     virtual bool isTrusted() = 0;
     /// Presses the modifiers, presses and releases the key, releases the modifiers in reverse order.
-    virtual void post(const KeyCombo& combo) = 0;
+    virtual void post(const KeyStroke& combo) = 0;
     /// Which windows the keys reach.
     virtual FacilityReach reach() = 0;
 };

@@ -10,15 +10,15 @@ SessionFrontApplication::SessionFrontApplication(FrontApplication& windows, bool
     , m_reports([this](const WindowNames& window) { reported(window); }, [this] { reportsEnded(); })
 {}
 
-std::optional<ContextApp> SessionFrontApplication::current()
+std::optional<ApplicationIdentity> SessionFrontApplication::current()
 {
     return m_reports.liveSource().isEmpty() ? m_windows.current() : m_reported;
 }
 
-void SessionFrontApplication::watch(std::function<void(const ContextApp&)> activated)
+void SessionFrontApplication::watch(std::function<void(const ApplicationIdentity&)> activated)
 {
     m_activated = std::move(activated);
-    m_windows.watch([this](const ContextApp& app) {
+    m_windows.watch([this](const ApplicationIdentity& app) {
         if (m_reports.liveSource().isEmpty() && m_activated)
             m_activated(app);
     });

@@ -19,8 +19,8 @@ public:
     /// loaded when KWin offers scripting; an X11 session needs no script, X11 sees every window there.
     SessionFrontApplication(FrontApplication& windows, bool waylandSession, QString kwinScript);
 
-    std::optional<ContextApp> current() override;
-    void watch(std::function<void(const ContextApp&)> activated) override;
+    std::optional<ApplicationIdentity> current() override;
+    void watch(std::function<void(const ApplicationIdentity&)> activated) override;
     FacilityReach reach() override;
 
 private:
@@ -30,9 +30,9 @@ private:
     FrontApplication& m_windows;
     bool m_waylandSession;
     QString m_kwinScript;
-    std::function<void(const ContextApp&)> m_activated;
+    std::function<void(const ApplicationIdentity&)> m_activated;
     bool m_watching = false;
-    std::optional<ContextApp> m_reported;
+    std::optional<ApplicationIdentity> m_reported;
     FrontApplicationReports m_reports;
     KWinFrontScript m_kwin;
 };

@@ -9,7 +9,7 @@ void FakePlatform::runPending()
     }
 }
 
-void FakePlatform::post(const KeyCombo& combo)
+void FakePlatform::post(const KeyStroke& combo)
 {
     calls.append(QStringLiteral("post key=%1 flags=%2").arg(combo.keyCode).arg(combo.flags));
 }
@@ -84,9 +84,9 @@ std::optional<ScreenInfo> FakePlatform::screenOf(const QRect& rect)
     return best;
 }
 
-bool FakePlatform::grab(const KeyCombo& combo)
+bool FakePlatform::grab(const KeyStroke& combo)
 {
-    calls.append(QStringLiteral("grab key=%1 carbon=%2").arg(combo.keyCode).arg(combo.carbon));
+    calls.append(QStringLiteral("grab key=%1 flags=%2").arg(combo.keyCode).arg(combo.flags));
     grabbed = combo;
     return !grabRefused;
 }

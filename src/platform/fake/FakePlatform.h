@@ -51,10 +51,10 @@ public:
     /// What pointer() answers.
     PointerState pointerState;
     /// The application in front, and the callback that reports activations while watched.
-    std::optional<ContextApp> front;
-    std::function<void(const ContextApp&)> activated;
+    std::optional<ApplicationIdentity> front;
+    std::function<void(const ApplicationIdentity&)> activated;
     /// The grabbed hot key and its handler; `grabRefused` makes grabs fail like a combination held elsewhere.
-    std::optional<KeyCombo> grabbed;
+    std::optional<KeyStroke> grabbed;
     std::function<void()> hotkeyHandler;
     bool grabRefused = false;
     /// What the input, click monitor, front application and hot key say of their reach.
@@ -84,7 +84,7 @@ public:
 
 private:
     bool isTrusted() override { return trusted; }
-    void post(const KeyCombo& combo) override;
+    void post(const KeyStroke& combo) override;
     std::optional<QString> text() override { return clipboardText; }
     void clear() override;
     void setText(const QString& text) override;
@@ -110,9 +110,12 @@ private:
     void stop() override { clickCallback = nullptr; }
     PointerState pointer() override { return pointerState; }
     bool isAvailable() override { return true; }
-    std::optional<ContextApp> current() override { return front; }
-    void watch(std::function<void(const ContextApp&)> callback) override { activated = std::move(callback); }
-    bool grab(const KeyCombo& combo) override;
+    std::optional<ApplicationIdentity> current() override { return front; }
+    void watch(std::function<void(const ApplicationIdentity&)> callback) override
+    {
+        activated = std::move(callback);
+    }
+    bool grab(const KeyStroke& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override { hotkeyHandler = std::move(pressed); }
     FacilityReach reach() override { return facilityReach; }

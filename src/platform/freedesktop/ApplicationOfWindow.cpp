@@ -40,14 +40,14 @@ bool isTerminalClass(const QString& windowClass)
 
 } // namespace
 
-std::optional<ContextApp> applicationOfWindow(const WindowNames& window)
+std::optional<ApplicationIdentity> applicationOfWindow(const WindowNames& window)
 {
     const QString executable = window.pid > 0
                                    ? QFileInfo(QStringLiteral("/proc/%1/exe").arg(window.pid)).symLinkTarget()
                                    : QString();
     const QString executableName = QFileInfo(executable).fileName();
 
-    ContextApp app;
+    ApplicationIdentity app;
     app.ownId = window.ownId;
     app.windowClass = window.windowClass;
     app.instance = window.instance;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/AppContext.h"
+#include "platform/ApplicationIdentity.h"
 
 #include <QString>
 #include <optional>
@@ -17,4 +17,4 @@ struct WindowNames
 
 /// The application a window belongs to, named through the installed desktop entries; none when the
 /// window names nothing at all.
-std::optional<ContextApp> applicationOfWindow(const WindowNames& window);
+std::optional<ApplicationIdentity> applicationOfWindow(const WindowNames& window);

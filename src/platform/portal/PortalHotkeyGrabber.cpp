@@ -47,7 +47,7 @@ void PortalHotkeyGrabber::setHandler(std::function<void()> pressed)
     m_fallback.setHandler(std::move(pressed));
 }
 
-bool PortalHotkeyGrabber::grab(const KeyCombo& combo)
+bool PortalHotkeyGrabber::grab(const KeyStroke& combo)
 {
     closeSession();
     // X11 windows get the combination at once, before the desktop has answered (it may first ask the user).

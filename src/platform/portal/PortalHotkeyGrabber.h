@@ -20,7 +20,7 @@ public:
     PortalHotkeyGrabber(HotkeyGrabber& fallback, bool waylandSession);
     ~PortalHotkeyGrabber() override;
 
-    bool grab(const KeyCombo& combo) override;
+    bool grab(const KeyStroke& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override;
     /// Through the portal once the desktop serves it, else as far as the X11 way behind it reaches.

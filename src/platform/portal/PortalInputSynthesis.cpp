@@ -58,7 +58,7 @@ bool PortalInputSynthesis::isTrusted()
     return m_fallback.isTrusted();
 }
 
-void PortalInputSynthesis::post(const KeyCombo& combo)
+void PortalInputSynthesis::post(const KeyStroke& combo)
 {
     switch (m_status.state) {
     case PortalStatus::State::NotNeeded:
@@ -157,7 +157,7 @@ void PortalInputSynthesis::unavailable(PortalStatus::State state, const QString&
     }
 }
 
-void PortalInputSynthesis::type(const KeyCombo& combo)
+void PortalInputSynthesis::type(const KeyStroke& combo)
 {
     const QList<PortalKeys::KeyEvent> events = PortalKeys::events(combo);
     if (events.isEmpty())
@@ -181,7 +181,7 @@ void PortalInputSynthesis::type(const KeyCombo& combo)
     });
 }
 
-void PortalInputSynthesis::fallBack(const KeyCombo& combo)
+void PortalInputSynthesis::fallBack(const KeyStroke& combo)
 {
     if (m_x11WindowInFront && m_x11WindowInFront()) {
         m_fallback.post(combo);

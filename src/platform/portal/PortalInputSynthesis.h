@@ -27,7 +27,7 @@ public:
     ~PortalInputSynthesis() override;
 
     bool isTrusted() override;
-    void post(const KeyCombo& combo) override;
+    void post(const KeyStroke& combo) override;
     /// Through the portal once the desktop serves it, else as far as the X11 way behind it reaches.
     FacilityReach reach() override;
 
@@ -48,13 +48,13 @@ private:
     void startSession();
     void started(const QVariantMap& results);
     void unavailable(PortalStatus::State state, const QString& reason);
-    void type(const KeyCombo& combo);
-    void fallBack(const KeyCombo& combo);
+    void type(const KeyStroke& combo);
+    void fallBack(const KeyStroke& combo);
     void forgetSession();
 
     struct Queued
     {
-        KeyCombo combo;
+        KeyStroke combo;
         QDeadlineTimer deadline;
     };
 

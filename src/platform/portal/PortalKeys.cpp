@@ -16,10 +16,10 @@ struct Modifier
 
 // Pressed in this order, which is also the order the X11 path presses them in.
 constexpr Modifier modifiers[] = {
-    {KeyCombo::ControlFlag, XK_Control_L, "CTRL"},
-    {KeyCombo::AltFlag, XK_Alt_L, "ALT"},
-    {KeyCombo::ShiftFlag, XK_Shift_L, "SHIFT"},
-    {KeyCombo::SuperFlag, XK_Super_L, "LOGO"},
+    {KeyStroke::ControlFlag, XK_Control_L, "CTRL"},
+    {KeyStroke::AltFlag, XK_Alt_L, "ALT"},
+    {KeyStroke::ShiftFlag, XK_Shift_L, "SHIFT"},
+    {KeyStroke::SuperFlag, XK_Super_L, "LOGO"},
 };
 
 /// The keysym's name in xkbcommon's list, which is what triggers are written with.
@@ -63,7 +63,7 @@ QString keysymName(quint32 keysym)
 
 namespace PortalKeys {
 
-QList<KeyEvent> events(const KeyCombo& combo)
+QList<KeyEvent> events(const KeyStroke& combo)
 {
     const auto key = KeySymbols::forKeyCode(combo.keyCode);
     if (!key)
@@ -83,7 +83,7 @@ QList<KeyEvent> events(const KeyCombo& combo)
     return sequence;
 }
 
-QString trigger(const KeyCombo& combo)
+QString trigger(const KeyStroke& combo)
 {
     const auto key = KeySymbols::forKeyCode(combo.keyCode);
     const QString name = key ? keysymName(*key) : QString();

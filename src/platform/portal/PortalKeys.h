@@ -1,6 +1,6 @@
 #pragma once
 
-#include "actions/KeyCombo.h"
+#include "platform/KeyStroke.h"
 
 #include <QList>
 #include <QString>
@@ -19,10 +19,10 @@ struct KeyEvent
 /// The presses and releases that type the combination: the modifiers pressed in a fixed order (Control,
 /// Alt, Shift, Super), the key pressed and released, the modifiers released in reverse order. Empty when
 /// the key has no keysym.
-QList<KeyEvent> events(const KeyCombo& combo);
+QList<KeyEvent> events(const KeyStroke& combo);
 
 /// The combination as a trigger in the XDG shortcuts format, such as "CTRL+ALT+b"; empty when the key
 /// has no name there.
-QString trigger(const KeyCombo& combo);
+QString trigger(const KeyStroke& combo);
 
 } // namespace PortalKeys

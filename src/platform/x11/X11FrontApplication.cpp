@@ -78,7 +78,7 @@ bool isOwnWindow(xcb_window_t window)
     return false;
 }
 
-std::optional<ContextApp> applicationOf(xcb_connection_t* connection, xcb_window_t window)
+std::optional<ApplicationIdentity> applicationOf(xcb_connection_t* connection, xcb_window_t window)
 {
     if (window == XCB_WINDOW_NONE || isOwnWindow(window) || !isApplicationWindow(connection, window))
         return std::nullopt;
@@ -107,7 +107,7 @@ X11FrontApplication::~X11FrontApplication()
         QCoreApplication::instance()->removeNativeEventFilter(this);
 }
 
-std::optional<ContextApp> X11FrontApplication::current()
+std::optional<ApplicationIdentity> X11FrontApplication::current()
 {
     xcb_connection_t* connection = qtXcbConnection();
     if (!connection)
@@ -124,7 +124,7 @@ FacilityReach X11FrontApplication::reach()
     return {FacilityReach::Scope::X11, {}};
 }
 
-void X11FrontApplication::watch(std::function<void(const ContextApp&)> activated)
+void X11FrontApplication::watch(std::function<void(const ApplicationIdentity&)> activated)
 {
     m_activated = std::move(activated);
     xcb_connection_t* connection = qtXcbConnection();

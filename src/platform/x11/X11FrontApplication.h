@@ -15,8 +15,8 @@ public:
     X11FrontApplication();
     ~X11FrontApplication() override;
 
-    std::optional<ContextApp> current() override;
-    void watch(std::function<void(const ContextApp&)> activated) override;
+    std::optional<ApplicationIdentity> current() override;
+    void watch(std::function<void(const ApplicationIdentity&)> activated) override;
     FacilityReach reach() override;
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -24,6 +24,6 @@ public:
 private:
     void activeWindowChanged();
 
-    std::function<void(const ContextApp&)> m_activated;
+    std::function<void(const ApplicationIdentity&)> m_activated;
     bool m_installed = false;
 };

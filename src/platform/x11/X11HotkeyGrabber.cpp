@@ -61,7 +61,7 @@ FacilityReach X11HotkeyGrabber::reach()
     return {FacilityReach::Scope::X11, {}};
 }
 
-bool X11HotkeyGrabber::grab(const KeyCombo& combo)
+bool X11HotkeyGrabber::grab(const KeyStroke& combo)
 {
     release();
     m_combo = combo;
@@ -102,13 +102,13 @@ bool X11HotkeyGrabber::apply()
 
     // Alt and Super sit on whichever ModN the layout puts them; Num Lock and Scroll Lock too.
     quint16 modifiers = 0;
-    if (m_combo->flags & KeyCombo::ShiftFlag)
+    if (m_combo->flags & KeyStroke::ShiftFlag)
         modifiers |= XCB_MOD_MASK_SHIFT;
-    if (m_combo->flags & KeyCombo::ControlFlag)
+    if (m_combo->flags & KeyStroke::ControlFlag)
         modifiers |= XCB_MOD_MASK_CONTROL;
-    if (m_combo->flags & KeyCombo::AltFlag)
+    if (m_combo->flags & KeyStroke::AltFlag)
         modifiers |= orDefault(modifierBitOf(connection, symbols.get(), XK_Alt_L), XCB_MOD_MASK_1);
-    if (m_combo->flags & KeyCombo::SuperFlag)
+    if (m_combo->flags & KeyStroke::SuperFlag)
         modifiers |= orDefault(modifierBitOf(connection, symbols.get(), XK_Super_L), XCB_MOD_MASK_4);
     const quint16 numLock = modifierBitOf(connection, symbols.get(), XK_Num_Lock);
     const quint16 scrollLock = modifierBitOf(connection, symbols.get(), XK_Scroll_Lock);

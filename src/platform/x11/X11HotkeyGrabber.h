@@ -18,7 +18,7 @@ public:
     X11HotkeyGrabber();
     ~X11HotkeyGrabber() override;
 
-    bool grab(const KeyCombo& combo) override;
+    bool grab(const KeyStroke& combo) override;
     void release() override;
     void setHandler(std::function<void()> pressed) override;
     FacilityReach reach() override;
@@ -30,7 +30,7 @@ private:
     void ungrabAll();
 
     std::function<void()> m_pressed;
-    std::optional<KeyCombo> m_combo;
+    std::optional<KeyStroke> m_combo;
     QList<quint8> m_keycodes;
     quint16 m_modifiers = 0;
     quint16 m_lockMask = 0;

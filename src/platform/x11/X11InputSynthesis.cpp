@@ -82,7 +82,7 @@ FacilityReach X11InputSynthesis::reach()
     return {FacilityReach::Scope::X11, {}};
 }
 
-void X11InputSynthesis::post(const KeyCombo& combo)
+void X11InputSynthesis::post(const KeyStroke& combo)
 {
     xcb_connection_t* connection = qtXcbConnection();
     const auto keysym = KeySymbols::forKeyCode(combo.keyCode);
@@ -104,13 +104,13 @@ void X11InputSynthesis::post(const KeyCombo& combo)
     }
 
     QList<xcb_keysym_t> modifiers;
-    if (combo.flags & KeyCombo::ControlFlag)
+    if (combo.flags & KeyStroke::ControlFlag)
         modifiers.append(XK_Control_L);
-    if (combo.flags & KeyCombo::AltFlag)
+    if (combo.flags & KeyStroke::AltFlag)
         modifiers.append(XK_Alt_L);
-    if ((combo.flags & KeyCombo::ShiftFlag) || position->needsShift)
+    if ((combo.flags & KeyStroke::ShiftFlag) || position->needsShift)
         modifiers.append(XK_Shift_L);
-    if (combo.flags & KeyCombo::SuperFlag)
+    if (combo.flags & KeyStroke::SuperFlag)
         modifiers.append(XK_Super_L);
     if (position->needsLevel3)
         modifiers.append(XK_ISO_Level3_Shift);

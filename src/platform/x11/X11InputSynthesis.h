@@ -7,6 +7,6 @@ class X11InputSynthesis final : public InputSynthesis
 {
 public:
     bool isTrusted() override;
-    void post(const KeyCombo& combo) override;
+    void post(const KeyStroke& combo) override;
     FacilityReach reach() override;
 };

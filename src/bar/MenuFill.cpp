@@ -1,19 +1,16 @@
-#pragma once
+#include "MenuFill.h"
 
 #include <QMenu>
-#include <functional>
 
-/// Renders a menu model (the program's menu or a button's) into a QMenu; every item calls back with itself.
-namespace AppMenu {
+namespace MenuFill {
 
-template<typename Item>
-void fill(QMenu& menu, const QList<Item>& items, const std::function<void(const Item&)>& run)
+void fill(QMenu& menu, const QList<MenuItem>& items, const std::function<void(const MenuItem&)>& run)
 {
     menu.clear();
-    for (const Item& item : items) {
+    for (const MenuItem& item : items) {
         if (item.isSeparator()) {
             menu.addSeparator();
-        } else if (!item.submenu.isEmpty() || item.command == decltype(item.command)::None) {
+        } else if (!item.submenu.isEmpty() || item.command == MenuCommand::None) {
             fill(*menu.addMenu(item.title), item.submenu, run);
         } else {
             QAction* action = menu.addAction(item.title);
@@ -26,4 +23,4 @@ void fill(QMenu& menu, const QList<Item>& items, const std::function<void(const 
     }
 }
 
-} // namespace AppMenu
+} // namespace MenuFill
