@@ -173,7 +173,7 @@ private Q_SLOTS:
     void screens();
     void panelReservesSpace();
     void clickMonitorSeesOtherClients();
-    void pointerPositionAndButtons();
+    void pointerSampledOnItsBeat();
 
 private:
     /// Presses logged since the last call.
@@ -602,22 +602,45 @@ void TestX11::clickMonitorSeesOtherClients()
     message.waitForFinished();
 }
 
-void TestX11::pointerPositionAndButtons()
+void TestX11::pointerSampledOnItsBeat()
 {
-    ClickMonitor& monitor = m_platform->clickMonitor();
+    PointerTicker& ticker = m_platform->pointerTicker();
+    QList<PointerState> samples;
+    QList<qint64> times;
+    QElapsedTimer clock;
+    const auto connection = connect(&ticker, &PointerTicker::sampled, this, [&](const PointerState& pointer) {
+        samples.append(pointer);
+        times.append(clock.elapsed());
+    });
     const QPoint spot = m_below->geometry().topLeft() + QPoint(40, 40);
     QVERIFY(xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(spot.x()),
                      QString::number(spot.y())}));
-    QCOMPARE(monitor.pointer().buttons, 0);
-    QCOMPARE(monitor.pointer().position, spot);
+    clock.start();
+    ticker.start(50);
+    QTRY_VERIFY(samples.size() >= 5);
+    // Each sample waits for its beat, whoever keeps it: none comes early.
+    for (qsizetype i = 1; i < times.size(); ++i)
+        QVERIFY2(times[i] - times[i - 1] >= 25, qPrintable(QString::number(times[i] - times[i - 1])));
+    QCOMPARE(samples.last().position, spot);
+    QCOMPARE(samples.last().buttons, 0);
 
     QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("1")}));
-    QTRY_COMPARE(monitor.pointer().buttons, int(Qt::LeftButton));
+    QTRY_COMPARE(samples.last().buttons, int(Qt::LeftButton));
     QVERIFY(xdotool({QStringLiteral("mousedown"), QStringLiteral("3")}));
-    QTRY_COMPARE(monitor.pointer().buttons, int(Qt::LeftButton | Qt::RightButton));
+    QTRY_COMPARE(samples.last().buttons, int(Qt::LeftButton | Qt::RightButton));
     QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("3")}));
     QVERIFY(xdotool({QStringLiteral("mouseup"), QStringLiteral("1")}));
-    QTRY_COMPARE(monitor.pointer().buttons, 0);
+    QTRY_COMPARE(samples.last().buttons, 0);
+
+    ticker.stop();
+    const qsizetype stopped = samples.size();
+    QTest::qWait(200);
+    QCOMPARE(samples.size(), stopped);
+    // And it beats again after a stop.
+    ticker.start(50);
+    QTRY_VERIFY(samples.size() > stopped);
+    ticker.stop();
+    disconnect(connection);
 }
 
 QTEST_MAIN(TestX11)

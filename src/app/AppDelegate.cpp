@@ -12,7 +12,8 @@
 #include "app/ShellMenus.h"
 #include "app/StartupScript.h"
 #include "app/TapRunner.h"
-#include "app/Updater.h"
+#include "app/UpdateCheck.h"
+#include "bar/BarPanel.h"
 #include "bar/BarView.h"
 #include "bar/FlyoutController.h"
 #include "bar/RunQuestionBox.h"
@@ -22,13 +23,16 @@
 #include "platform/Platform.h"
 #include "platform/Session.h"
 
-AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed)
+#include <QTimer>
+#include <utility>
+
+AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, std::unique_ptr<UpdateCheck> updater)
     : m_platform(std::move(platform))
     , m_runQuestion(std::make_unique<RunQuestionBox>())
     , m_actions(std::make_unique<Actions>(*m_platform, m_runQuestion.get()))
     , m_session(new ConfigSession(this))
     , m_context(new ContextTracker(m_platform->frontApplication(), this))
-    , m_updater(updateFeed.isEmpty() ? nullptr : new Updater(updateFeed, this))
+    , m_updater(updater.release())
     , m_visibility(new BarVisibility(*m_platform, m_preferences, this))
     , m_editor(new EditorLauncher(m_platform->launcher(), this))
     , m_hotkey(std::make_unique<Hotkey>(m_platform->hotkey(), [this] { m_visibility->toggleBar(); }))
@@ -37,6 +41,8 @@ AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateF
     , m_placement(new BarPlacement(*m_platform, m_preferences, *m_session, *m_context, m_drag, m_handlers,
                                    *m_flyouts, this))
 {
+    if (m_updater)
+        m_updater->setParent(this);
     connectParts();
 }
 
@@ -92,27 +98,43 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     m_handlers.chipMenu = [this](const ButtonSpec& spec, const QPoint& at) {
         ItemMenu::popup(spec, m_handlers, m_drag, at);
     };
+    script->fixContext(*m_context);
     m_placement->create(script->barAtTop());
-    updateHotkey();
     m_menus = new ShellMenus(m_preferences, m_handlers, m_drag, this);
     connect(m_placement->view(), &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
     connect(
         m_placement->view(), &BarView::overflowTapped, this,
         [this](const QList<ButtonSpec>& items, const QRectF& frame) { m_taps->onOverflow(items, frame); });
+    m_visibility->attach(m_placement->panel(), m_flyouts.get(), [this] { return m_editor->isShown(); });
+
+    // Nothing else is needed to see the bar, so the rest waits until it has been painted once: the bar is
+    // on screen as soon as it can be, and what follows is done a few milliseconds later. A window manager
+    // that never maps the bar only delays it.
+    auto settleOnce = [this, script, environment, settled = std::make_shared<bool>(false)] {
+        if (!std::exchange(*settled, true))
+            settle(*script, environment);
+    };
+    connect(m_placement->panel(), &BarPanel::firstPainted, this, settleOnce);
+    QTimer::singleShot(settleAnywayMs, this, settleOnce);
+}
+
+void AppDelegate::settle(StartupScript& script, const QProcessEnvironment& environment)
+{
+    updateHotkey();
     m_menus->updateTrayIcon();
     m_placement->watchScreens();
-
-    script->applyConfigCommands(m_session->document());
+    // The backup is of the file as this launch found it, before the start-up commands change it.
+    m_session->keepLaunchBackup();
+    script.applyConfigCommands(m_session->document());
     m_session->watch();
-    script->startContext(*m_context);
+    script.followContext(*m_context);
     // Under Wayland the X server's facilities reach only XWayland's windows: the user hears it once, with
     // what works instead, rather than wondering why a chip types nothing.
     const Session session = Session::detect(environment);
     for (const QString& line : SessionReport::startupLines(SessionReport::gather(*m_platform), session))
         Log::line(line);
-    m_visibility->attach(m_placement->panel(), m_flyouts.get(), [this] { return m_editor->isShown(); });
     m_visibility->start();
-    script->scheduleLaterSteps({m_session->document(), *m_placement, *m_editor, *m_taps, m_drag, m_updater});
+    script.scheduleLaterSteps({m_session->document(), *m_placement, *m_editor, *m_taps, m_drag, m_updater});
 }
 
 void AppDelegate::updateHotkey()

@@ -6,7 +6,6 @@
 
 #include <QObject>
 #include <QProcessEnvironment>
-#include <QUrl>
 #include <memory>
 
 class Actions;
@@ -22,8 +21,9 @@ class Hotkey;
 class Platform;
 class RunQuestionBox;
 class ShellMenus;
+class StartupScript;
 class TapRunner;
-class Updater;
+class UpdateCheck;
 
 /// Builds the program's parts and connects them: the configuration session, the application in front,
 /// the bar and its place, its flyouts and menus, the button commands, the editor, and the visibility
@@ -33,14 +33,15 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    /// `updateFeed` empty: no updater and no update command.
-    AppDelegate(std::unique_ptr<Platform> platform, const QUrl& updateFeed);
+    /// Without `updater` there is no update command.
+    AppDelegate(std::unique_ptr<Platform> platform, std::unique_ptr<UpdateCheck> updater);
     ~AppDelegate() override;
 
     /// Loads the configuration and keeps a backup of it. Before finishLaunching, so that a command for
     /// the starting bar can be checked against the buttons before any window shows.
     void loadConfiguration();
-    /// Shows the bar and applies the start-up commands.
+    /// Shows the bar; once it is on screen, takes the hot key, backs up the configuration, applies the
+    /// start-up commands and starts following the desktop.
     void finishLaunching(const QProcessEnvironment& environment);
 
     ConfigDocument& document();
@@ -49,7 +50,11 @@ public:
     const DragState& drag() const { return m_drag; }
 
 private:
+    /// How long the rest of the start-up waits for the bar's first paint at most.
+    static constexpr int settleAnywayMs = 1000;
+
     void connectParts();
+    void settle(StartupScript& script, const QProcessEnvironment& environment);
     void updateHotkey();
 
     std::unique_ptr<Platform> m_platform;
@@ -60,7 +65,7 @@ private:
     Preferences m_preferences;
     ConfigSession* m_session = nullptr;
     ContextTracker* m_context = nullptr;
-    Updater* m_updater = nullptr;
+    UpdateCheck* m_updater = nullptr;
     BarVisibility* m_visibility = nullptr;
     EditorLauncher* m_editor = nullptr;
     std::unique_ptr<Hotkey> m_hotkey;

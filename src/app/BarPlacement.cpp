@@ -61,7 +61,8 @@ void BarPlacement::create(bool top)
     const QList<ScreenInfo> screens = m_platform.screens().all();
     m_widthBudget =
         widthBudget(screens.isEmpty() ? std::nullopt : std::optional<ScreenInfo>(screens.first()));
-    m_view->rebuild(m_session.document().cfg(), contextButtons(), !top, m_widthBudget);
+    m_expandsUp = !top;
+    m_view->rebuild(m_session.document().cfg(), contextButtons(), m_expandsUp, m_widthBudget);
     m_panel->setContent(m_view);
     m_flyouts.setBar(m_panel.get());
 
@@ -72,20 +73,29 @@ void BarPlacement::create(bool top)
     if (origin)
         m_panel->move(*origin);
     m_panel->showPanel();
-    reload();
+    // Built for the first screen, flyouts up unless at the top: rebuilt only if its place says otherwise.
+    refit(false);
     connect(m_panel.get(), &BarPanel::moved, this, &BarPlacement::moved);
 }
 
 void BarPlacement::reload()
 {
+    refit(true);
+}
+
+void BarPlacement::refit(bool rebuild)
+{
     if (!m_panel || !m_view)
         return;
     const QRect frame = m_panel->frameGeometry();
     const auto screen = m_platform.screens().screenOf(frame);
-    if (screen)
-        m_expandsUp = Geometry::expandsUp(frame, screen->frame);
-    m_widthBudget = widthBudget(screen);
-    m_view->rebuild(m_session.document().cfg(), contextButtons(), m_expandsUp, m_widthBudget);
+    const bool up = screen ? Geometry::expandsUp(frame, screen->frame) : m_expandsUp;
+    const int budget = widthBudget(screen);
+    if (rebuild || up != m_expandsUp || budget != m_widthBudget) {
+        m_expandsUp = up;
+        m_widthBudget = budget;
+        m_view->rebuild(m_session.document().cfg(), contextButtons(), m_expandsUp, m_widthBudget);
+    }
 
     const QSize size = m_panel->fittingSize();
     if (size.width() <= 0)

@@ -56,6 +56,9 @@ public:
     static constexpr int saveDelayMs = 500;
 
 private:
+    /// Fits the window to its content and screen; the chips are built anew with `rebuild`, or when the
+    /// screen now asks for other flyout directions or another width.
+    void refit(bool rebuild);
     void moved();
     void screensChanged();
     QList<ButtonSpec> contextButtons() const;

@@ -5,6 +5,7 @@
 #include "bar/FlyoutController.h"
 #include "platform/Platform.h"
 
+#include <QEvent>
 #include <QVariantAnimation>
 
 BarVisibility::BarVisibility(Platform& platform, Preferences& preferences, QObject* parent)
@@ -12,8 +13,7 @@ BarVisibility::BarVisibility(Platform& platform, Preferences& preferences, QObje
     , m_platform(platform)
     , m_preferences(preferences)
 {
-    m_timer.setInterval(Visibility::tickMs);
-    connect(&m_timer, &QTimer::timeout, this, &BarVisibility::tick);
+    connect(&m_platform.pointerTicker(), &PointerTicker::sampled, this, &BarVisibility::tick);
 }
 
 void BarVisibility::attach(BarPanel* bar, FlyoutController* flyouts, std::function<bool()> editorOpen)
@@ -21,6 +21,17 @@ void BarVisibility::attach(BarPanel* bar, FlyoutController* flyouts, std::functi
     m_bar = bar;
     m_flyouts = flyouts;
     m_editorOpen = std::move(editorOpen);
+    m_bar->installEventFilter(this);
+    m_state.pointerOnBar(m_bar->underMouse());
+}
+
+bool BarVisibility::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_bar && (event->type() == QEvent::Enter || event->type() == QEvent::Leave)) {
+        m_state.pointerOnBar(event->type() == QEvent::Enter);
+        updateTick();
+    }
+    return false;
 }
 
 void BarVisibility::start()
@@ -34,14 +45,15 @@ void BarVisibility::updateTick()
     // Auto-hide is switched through this class while the bar runs, so the tick is started as soon as it
     // is needed. A hand edit of vantril.ini is only read at the next start: following it would mean
     // waking up to look at the file, which is what an idle bar must not do.
+    PointerTicker& ticker = m_platform.pointerTicker();
     const bool needed = m_started && m_bar && m_state.needsTicks(m_preferences.autoHide());
-    if (needed && !m_timer.isActive())
-        m_timer.start(); // a tick already running keeps its beat
+    if (needed && !ticker.isActive())
+        ticker.start(Visibility::tickMs); // a tick already running keeps its beat
     else if (!needed)
-        m_timer.stop();
+        ticker.stop();
 }
 
-void BarVisibility::tick()
+void BarVisibility::tick(const PointerState& pointer)
 {
     if (!m_bar)
         return;
@@ -51,13 +63,12 @@ void BarVisibility::tick()
         updateTick(); // auto-hide went off behind our back: nothing to ask the server, and no more ticks
         return;
     }
-    // Position and buttons in one round trip; the buttons only matter to a shown bar that may hide.
-    const PointerState pointer = m_platform.clickMonitor().pointer();
     sample.pointer = pointer.position;
     sample.bar = m_bar->frameGeometry();
     if (BarPanel* flyout = m_flyouts ? m_flyouts->panel() : nullptr)
         sample.flyout = flyout->frameGeometry();
     sample.editorOpen = m_editorOpen && m_editorOpen();
+    // The buttons only matter to a shown bar that may hide.
     sample.buttonPressed = sample.autoHide && m_state.isShown() && pointer.buttons != 0;
     switch (m_state.tick(sample)) {
     case Visibility::Action::Hide:

@@ -4,7 +4,6 @@
 
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 #include <functional>
 
 class BarPanel;
@@ -12,9 +11,11 @@ class FlyoutController;
 class Platform;
 class Preferences;
 class QVariantAnimation;
+struct PointerState;
 
 /// Carries out the visibility rules on the bar window: the tick, the fades, and click-through once
-/// hidden. A hidden bar stays mapped at its place, so that the pointer can find it again.
+/// hidden. A hidden bar stays mapped at its place, so that the pointer can find it again. The bar's own
+/// enter and leave events say when the pointer is on it, which spares the ticks while it rests there.
 class BarVisibility : public QObject
 {
     Q_OBJECT
@@ -34,8 +35,11 @@ public:
     void toggleBar();
     void toggleAutoHide();
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
-    void tick();
+    void tick(const PointerState& pointer);
     /// Runs the tick while it can change something, and stops it otherwise.
     void updateTick();
     void fadeTo(double opacity, int milliseconds, std::function<void()> done);
@@ -46,7 +50,6 @@ private:
     FlyoutController* m_flyouts = nullptr;
     std::function<bool()> m_editorOpen;
     Visibility m_state;
-    QTimer m_timer;
     QVariantAnimation* m_fade = nullptr;
     double m_opacity = 1.0;
     bool m_started = false;

@@ -2,7 +2,6 @@
 
 #include "config/Backups.h"
 #include "config/Config.h"
-#include "config/ConfigReader.h"
 #include "config/ConfigWatcher.h"
 
 ConfigSession::ConfigSession(QObject* parent)
@@ -13,12 +12,16 @@ ConfigSession::~ConfigSession() = default;
 
 void ConfigSession::load()
 {
-    m_document = std::make_unique<ConfigDocument>(Config::loadDocument());
+    const Config::Loaded loaded = Config::loadDocument();
+    m_readable = loaded.knownBytes.has_value();
+    m_document = std::make_unique<ConfigDocument>(loaded);
     m_document->setBeep([this] { Q_EMIT refused(); });
     m_document->setAfterChange([this] { Q_EMIT changed(); });
-    // Every launch leaves a backup of the configuration it started from. A file that is still unreadable
-    // was kept by the load already; a second copy a second later would only pile up.
-    if (ConfigReader::readFile(Config::buttonsPath()))
+}
+
+void ConfigSession::keepLaunchBackup()
+{
+    if (m_readable)
         Config::snapshot(true);
 }
 

@@ -19,8 +19,10 @@ public:
     explicit ConfigSession(QObject* parent = nullptr);
     ~ConfigSession() override;
 
-    /// Reads the configuration and leaves a backup of the one this launch starts from.
+    /// Reads the configuration.
     void load();
+    /// Leaves a backup of the configuration this launch started from.
+    void keepLaunchBackup();
     /// Follows hand edits of buttons.json from now on.
     void watch();
 
@@ -36,4 +38,7 @@ Q_SIGNALS:
 private:
     std::unique_ptr<ConfigDocument> m_document;
     std::unique_ptr<ConfigWatcher> m_watcher;
+    /// Whether buttons.json read, or was written, at launch: a file still unreadable was kept by the load
+    /// already, and a second copy a moment later would only pile up.
+    bool m_readable = false;
 };

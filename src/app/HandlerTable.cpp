@@ -9,7 +9,7 @@
 #include "app/EditorLauncher.h"
 #include "app/Preferences.h"
 #include "app/TapRunner.h"
-#include "app/Updater.h"
+#include "app/UpdateCheck.h"
 #include "bar/FlyoutController.h"
 #include "config/Backups.h"
 #include "config/Config.h"
@@ -121,7 +121,7 @@ void addShellCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
     h.hideBar = weaklyDo<>(o, [&v] { v.hide(true); });
     h.toggleBar = weaklyDo<>(o, [&v] { v.toggleBar(); });
     h.barShown = weakly<bool>(o, [&v] { return v.isShown(); });
-    Updater* updater = p.updater;
+    UpdateCheck* updater = p.updater;
     h.canCheckForUpdates = weakly<bool>(o, [updater] { return updater != nullptr; });
     h.checkForUpdates = weaklyDo<>(o, [updater] {
         if (updater)

@@ -14,7 +14,7 @@ class FlyoutController;
 class Platform;
 class Preferences;
 class TapRunner;
-class Updater;
+class UpdateCheck;
 
 /// The parts the views' callbacks reach.
 struct HandlerParts
@@ -31,7 +31,7 @@ struct HandlerParts
     EditorLauncher& editor;
     Preferences& preferences;
     const DragState& drag;
-    Updater* updater;
+    UpdateCheck* updater;
 };
 
 /// The views' callbacks, each holding `owner` (the owner of the parts) weakly: once it is gone they do

@@ -2,13 +2,13 @@
 
 #include "app/InstancePaths.h"
 #include "app/InstanceProtocol.h"
+#include "app/LocalSocket.h"
 #include "config/Config.h"
 #include "platform/Log.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
-#include <QLocalSocket>
 #include <QSysInfo>
 #include <QTextStream>
 #include <QThread>
@@ -19,7 +19,6 @@ namespace {
 /// bar may itself be starting on a busy machine, between taking the lock and running its event loop.
 constexpr int listenWithinMs = 10000;
 constexpr int answerWithinMs = 10000;
-constexpr int connectWithinMs = 1000;
 constexpr int retryEveryMs = 50;
 
 void print(const InstanceProtocol::Reply& reply)
@@ -41,22 +40,15 @@ std::optional<int> handOver(const QString& socketPath, const QStringList& argume
 {
     if (socketPath.isEmpty())
         return std::nullopt;
-    QLocalSocket socket;
-    socket.connectToServer(socketPath);
-    // A local connection is made at once, or refused at once when no bar listens.
-    if (!socket.waitForConnected(connectWithinMs))
+    const auto answer = LocalSocket::exchange(socketPath, InstanceProtocol::encodeRequest(arguments),
+                                              answerWithinMs, InstanceProtocol::maxLineBytes);
+    if (!answer)
         return std::nullopt;
-    socket.write(InstanceProtocol::encodeRequest(arguments));
-    const QDeadlineTimer deadline(answerWithinMs);
-    QByteArray answer;
-    while (!answer.contains('\n') && answer.size() <= InstanceProtocol::maxLineBytes &&
-           socket.waitForReadyRead(int(qMax<qint64>(deadline.remainingTime(), 1))))
-        answer += socket.readAll();
-    if (!answer.contains('\n') && socket.state() == QLocalSocket::ConnectedState && deadline.hasExpired()) {
+    if (answer->timedOut) {
         Log::line(QStringLiteral("vantril: the running bar did not answer in time"));
         return 1;
     }
-    const auto reply = InstanceProtocol::decodeReply(answer.left(answer.indexOf('\n') + 1));
+    const auto reply = InstanceProtocol::decodeReply(answer->bytes.left(answer->bytes.indexOf('\n') + 1));
     if (!reply) {
         Log::line(QStringLiteral("vantril: the running bar gave no answer this copy understands"));
         return 1;

@@ -2,7 +2,6 @@
 
 #include "platform/Log.h"
 
-#include <QLocalSocket>
 #include <QTimer>
 
 namespace {
@@ -18,21 +17,18 @@ InstanceServer::InstanceServer(Perform perform, QObject* parent)
     : QObject(parent)
     , m_perform(std::move(perform))
 {
-    connect(&m_server, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket* socket = m_server.nextPendingConnection()) {
-            connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            auto* silence = new QTimer(socket);
-            silence->setSingleShot(true);
-            connect(silence, &QTimer::timeout, socket, &QLocalSocket::abort);
-            silence->start(requestWithinMs);
-            // One request per connection: once it is read, nothing more is.
-            connect(socket, &QLocalSocket::readyRead, this, [this, socket, silence] {
-                if (!serve(socket))
-                    return;
-                socket->disconnect(this);
-                delete silence;
-            });
-        }
+    connect(&m_server, &LocalServer::connected, this, [this](LocalConnection* connection) {
+        auto* silence = new QTimer(connection);
+        silence->setSingleShot(true);
+        connect(silence, &QTimer::timeout, connection, &LocalConnection::abort);
+        silence->start(requestWithinMs);
+        // One request per connection: once it is read, nothing more is.
+        connect(connection, &LocalConnection::readable, this, [this, connection, silence] {
+            if (!serve(connection))
+                return;
+            connection->disconnect(this);
+            delete silence;
+        });
     });
 }
 
@@ -43,10 +39,8 @@ void InstanceServer::listen(const QString& path)
                                  "temporary folder); commands cannot reach this bar"));
         return;
     }
-    QLocalServer::removeServer(path);
-    if (!m_server.listen(path)) {
-        Log::line(QStringLiteral("vantril: commands cannot reach this bar: %1").arg(m_server.errorString()));
-    }
+    if (const auto error = m_server.listen(path))
+        Log::line(QStringLiteral("vantril: commands cannot reach this bar: %1").arg(*error));
 }
 
 void InstanceServer::close()
@@ -54,48 +48,41 @@ void InstanceServer::close()
     m_server.close();
 }
 
-bool InstanceServer::serve(QLocalSocket* socket)
+bool InstanceServer::serve(LocalConnection* connection)
 {
-    if (!socket->canReadLine()) {
-        if (socket->bytesAvailable() <= InstanceProtocol::maxLineBytes)
-            return false; // more to come
-        answer(socket, {1, InstanceProtocol::decodeRequest(socket->readAll()).error});
-        return true;
-    }
-    const auto request =
-        InstanceProtocol::decodeRequest(socket->readLine(InstanceProtocol::maxLineBytes + 1));
+    const QByteArray& received = connection->received();
+    const qsizetype end = received.indexOf('\n');
+    if (end < 0 && received.size() <= InstanceProtocol::maxLineBytes)
+        return false; // more to come
+    const auto answer = [connection](const InstanceProtocol::Reply& reply) {
+        connection->sendAndClose(InstanceProtocol::encodeReply(reply));
+    };
+    const auto request = InstanceProtocol::decodeRequest(end < 0 ? received : received.left(end + 1));
     if (!request.arguments) {
-        answer(socket, {1, request.error});
+        answer({1, request.error});
         return true;
     }
     const BarCommand::Parsed parsed = BarCommand::parse(*request.arguments);
     if (!parsed.command) {
-        answer(socket, {1, parsed.error});
+        answer({1, parsed.error});
         return true;
     }
     const InstanceProtocol::Reply reply = m_perform(*parsed.command);
-    if (parsed.command->kind == BarCommand::Kind::Quit)
-        m_waiting.append({socket, reply});
-    else
-        answer(socket, reply);
+    if (parsed.command->kind == BarCommand::Kind::Quit) {
+        connection->stopReading();
+        m_waiting.append({connection, reply});
+    } else {
+        answer(reply);
+    }
     return true;
-}
-
-void InstanceServer::answer(QLocalSocket* socket, const InstanceProtocol::Reply& reply)
-{
-    socket->write(InstanceProtocol::encodeReply(reply));
-    socket->disconnectFromServer(); // after what was written has gone
 }
 
 void InstanceServer::answerWaiting()
 {
     // The event loop has ended: each answer is sent here and now.
-    for (const auto& [socket, reply] : std::as_const(m_waiting)) {
-        if (!socket)
-            continue;
-        socket->write(InstanceProtocol::encodeReply(reply));
-        socket->waitForBytesWritten(sendWithinMs);
-        socket->disconnectFromServer();
+    for (const auto& [connection, reply] : std::as_const(m_waiting)) {
+        if (connection)
+            connection->sendAndCloseNow(InstanceProtocol::encodeReply(reply), sendWithinMs);
     }
     m_waiting.clear();
 }

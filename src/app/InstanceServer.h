@@ -2,13 +2,11 @@
 
 #include "app/BarCommand.h"
 #include "app/InstanceProtocol.h"
+#include "app/LocalSocket.h"
 
-#include <QLocalServer>
 #include <QObject>
 #include <QPointer>
 #include <functional>
-
-class QLocalSocket;
 
 /// The running bar's end of the local socket: it takes the command line of each copy started meanwhile,
 /// has it carried out, and answers with the status that copy is to end with.
@@ -34,10 +32,9 @@ public:
 private:
     /// Reads the request once its line is complete and answers it, or keeps the answer for the end;
     /// false while the line is still coming.
-    bool serve(QLocalSocket* socket);
-    void answer(QLocalSocket* socket, const InstanceProtocol::Reply& reply);
+    bool serve(LocalConnection* connection);
 
     Perform m_perform;
-    QLocalServer m_server;
-    QList<std::pair<QPointer<QLocalSocket>, InstanceProtocol::Reply>> m_waiting;
+    LocalServer m_server;
+    QList<std::pair<QPointer<LocalConnection>, InstanceProtocol::Reply>> m_waiting;
 };

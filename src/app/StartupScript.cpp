@@ -5,7 +5,7 @@
 #include "app/EditorLauncher.h"
 #include "app/StartupCommands.h"
 #include "app/TapRunner.h"
-#include "app/Updater.h"
+#include "app/UpdateCheck.h"
 #include "bar/Geometry.h"
 #include "bar/TapRouting.h"
 #include "config/ConfigDocument.h"
@@ -64,11 +64,15 @@ bool StartupScript::barAtTop() const
     return has("VANTRIL_TOP");
 }
 
-void StartupScript::startContext(ContextTracker& context) const
+void StartupScript::fixContext(ContextTracker& context) const
 {
     if (has("VANTRIL_CONTEXT_APP"))
         context.fix(AppContext::fromEnvironment(value("VANTRIL_CONTEXT_APP")));
-    else
+}
+
+void StartupScript::followContext(ContextTracker& context) const
+{
+    if (!has("VANTRIL_CONTEXT_APP"))
         context.follow();
 }
 
@@ -85,7 +89,7 @@ void StartupScript::scheduleLaterSteps(const Parts& parts)
                            [editor, found] { editor->open(found, std::nullopt, false); });
     }
     if (has("VANTRIL_CHECK_UPDATES") && parts.updater) {
-        QPointer<Updater> updater(parts.updater);
+        QPointer<UpdateCheck> updater(parts.updater);
         QTimer::singleShot(updateDelayMs, this, [updater] {
             if (updater)
                 updater->check();

@@ -9,7 +9,7 @@ class ContextTracker;
 class DragState;
 class EditorLauncher;
 class TapRunner;
-class Updater;
+class UpdateCheck;
 
 /// What a script or a test asks of the bar at start-up through VANTRIL_ variables: where the bar comes
 /// up, which application counts as in front, the configuration commands, and later a move, a tap, the
@@ -23,9 +23,11 @@ public:
 
     /// VANTRIL_TOP: the bar at the top centre, whatever place was saved.
     bool barAtTop() const;
-    /// VANTRIL_CONTEXT_APP ("id|name") fixes the application in front; a value that names none turns
-    /// the applications' sets off. Without it the desktop's front application is followed.
-    void startContext(ContextTracker& context) const;
+    /// VANTRIL_CONTEXT_APP ("id|name") fixes the application in front, before the bar is first built; a
+    /// value that names none turns the applications' sets off.
+    void fixContext(ContextTracker& context) const;
+    /// Without VANTRIL_CONTEXT_APP the desktop's front application is followed.
+    void followContext(ContextTracker& context) const;
     /// VANTRIL_RESTORE, VANTRIL_REMOVE_PRESET and VANTRIL_PRESET, before the bar shows.
     void applyConfigCommands(ConfigDocument& document) const;
 
@@ -37,7 +39,7 @@ public:
         EditorLauncher& editor;
         TapRunner& taps;
         const DragState& drag;
-        Updater* updater;
+        UpdateCheck* updater;
     };
     /// VANTRIL_MOVE ("dx,dy"), VANTRIL_OPEN (a button's title), VANTRIL_SHOW_EDITOR (a button's title)
     /// and VANTRIL_CHECK_UPDATES, each once the bar has had time to settle.

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QUrl>
+#include "app/UpdateCheck.h"
 
-/// The update feed this program was built with; empty when it has none, and then there is no updater.
-QUrl updateFeed();
+#include <memory>
+
+/// The updater of a build made with an update feed; nothing for a build without one, which has no updater.
+std::unique_ptr<UpdateCheck> updaterOfThisBuild();

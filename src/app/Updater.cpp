@@ -7,7 +7,7 @@
 #include <QNetworkReply>
 
 Updater::Updater(QUrl feed, QObject* parent)
-    : QObject(parent)
+    : UpdateCheck(parent)
     , m_feed(std::move(feed))
 {}
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "app/UpdateCheck.h"
+
 #include <QNetworkAccessManager>
-#include <QObject>
 #include <QPointer>
 #include <QUrl>
 
@@ -9,14 +10,12 @@ class QMessageBox;
 
 /// Checks the update feed, a JSON document at an address fixed when the program is built, and says what
 /// it found (UpdateVerdict) in a small window.
-class Updater : public QObject
+class Updater final : public UpdateCheck
 {
-    Q_OBJECT
-
 public:
     explicit Updater(QUrl feed, QObject* parent = nullptr);
 
-    void check();
+    void check() override;
 
 private:
     void show(const QString& text);

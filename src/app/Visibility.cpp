@@ -15,7 +15,7 @@ bool Visibility::needsTicks(bool autoHide) const
 {
     switch (m_state) {
     case State::Shown:
-        return autoHide;
+        return autoHide && !m_pointerOnBar;
     case State::HiddenAuto:
         return true; // also with auto-hide off: that tick brings the bar back
     case State::HiddenManual:
@@ -30,7 +30,7 @@ Visibility::Action Visibility::tick(const Sample& sample)
     case State::Shown: {
         if (!sample.autoHide)
             return Action::None;
-        const bool busy = near(sample.bar, nearMargin, sample.pointer) ||
+        const bool busy = m_pointerOnBar || near(sample.bar, nearMargin, sample.pointer) ||
                           (sample.flyout && near(*sample.flyout, nearMargin, sample.pointer)) ||
                           sample.editorOpen ||
                           sample.buttonPressed; // a drag in progress never lets the bar go
@@ -70,4 +70,11 @@ Visibility::Action Visibility::autoHideToggled(bool nowOn)
 {
     m_idleTicks = 0;
     return !nowOn && m_state == State::HiddenAuto ? Action::Show : Action::None;
+}
+
+void Visibility::pointerOnBar(bool on)
+{
+    m_pointerOnBar = on;
+    if (on)
+        m_idleTicks = 0;
 }

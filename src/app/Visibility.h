@@ -9,9 +9,9 @@
 /// until it is shown by hand. Driven by a tick every 0.15 s; it keeps no clock of its own.
 ///
 /// The tick only matters while it can change something: a shown bar with auto-hide on counts idle
-/// ticks, and a bar that auto-hid waits for the pointer on its place. A shown bar with auto-hide off
-/// and a bar hidden by hand ignore every tick, so the tick does not run then and an idle bar never
-/// wakes up.
+/// ticks while the pointer is off it, and a bar that auto-hid waits for the pointer on its place. A shown
+/// bar with auto-hide off or the pointer on it, and a bar hidden by hand, ignore every tick, so the tick
+/// does not run then and an idle bar never wakes up.
 class Visibility
 {
 public:
@@ -60,9 +60,13 @@ public:
     void shown();
     /// Auto-hide was switched; a bar that auto-hid comes back when it is now off.
     Action autoHideToggled(bool nowOn);
+    /// The pointer came onto the bar's window, or left it. While it is on it a shown bar stays, as the
+    /// ticks would find; the idle count starts afresh when it leaves.
+    void pointerOnBar(bool on);
 
 private:
     State m_state = State::Shown;
     int m_idleTicks = 0;
     int m_restTicks = 0;
+    bool m_pointerOnBar = false;
 };

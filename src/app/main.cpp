@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/InstanceClaim.h"
 #include "app/InstanceServer.h"
+#include "app/TerminationSignals.h"
 #include "app/UpdateFeed.h"
 #include "bar/SymbolView.h"
 #include "config/ConfigDocument.h"
@@ -70,7 +71,7 @@ int runProbe(int argc, char* argv[], bool prompt)
 /// carried out on it; a starting bar is shown anyway, so of its own command only a tap is left to do.
 int runBar(InstanceClaim& claim, const BarCommand& command)
 {
-    auto delegate = std::make_unique<AppDelegate>(createDesktopPlatform(), updateFeed());
+    auto delegate = std::make_unique<AppDelegate>(createDesktopPlatform(), updaterOfThisBuild());
     delegate->loadConfiguration();
     const bool opens = command.kind == BarCommand::Kind::Open;
     if (opens && !Editing::button(delegate->document().cfg(), command.title)) {
@@ -126,6 +127,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("vantril"));
     QApplication::setQuitOnLastWindowClosed(false);
+    TerminationSignals::quitOnThem();
     SymbolView::useIconThemes();
 
     return runBar(claim, *parsed.command);

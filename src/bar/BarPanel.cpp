@@ -4,7 +4,9 @@
 #include "platform/PanelWindows.h"
 
 #include <QPainterPath>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 BarPanel::BarPanel(PanelWindows& windows, const QString& title)
     : QWidget(nullptr,
@@ -62,6 +64,14 @@ void BarPanel::moveEvent(QMoveEvent* event)
 {
     QWidget::moveEvent(event);
     Q_EMIT moved();
+}
+
+void BarPanel::paintEvent(QPaintEvent* event)
+{
+    QWidget::paintEvent(event);
+    // Announced from the event loop, once the paint has been flushed to the server.
+    if (!std::exchange(m_painted, true))
+        QTimer::singleShot(0, this, &BarPanel::firstPainted);
 }
 
 void BarPanel::resizeEvent(QResizeEvent* event)

@@ -27,9 +27,12 @@ public:
 
 Q_SIGNALS:
     void moved();
+    /// Once, after the panel's first paint has gone to the screen.
+    void firstPainted();
 
 protected:
     void moveEvent(QMoveEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -38,4 +41,5 @@ private:
     PanelWindows& m_windows;
     QWidget* m_content = nullptr;
     bool m_shapeHidden = false;
+    bool m_painted = false;
 };

@@ -5,14 +5,6 @@
 #include <QPoint>
 #include <functional>
 
-/// Where the pointer is, in the coordinates of the program's windows, and which mouse buttons are held.
-struct PointerState
-{
-    QPoint position;
-    /// Qt::MouseButtons bits.
-    int buttons = 0;
-};
-
 /// Notices left and right mouse presses anywhere on the desktop, in any application, without taking
 /// them: the application under the pointer still gets its click.
 class ClickMonitor
@@ -26,9 +18,6 @@ public:
     /// Starts calling `pressed` with the global pointer position of each press; replaces any earlier one.
     virtual void start(std::function<void(QPoint)> pressed) = 0;
     virtual void stop() = 0;
-    /// The pointer right now, position and buttons in one question to the display server: the bar asks
-    /// several times a second while auto-hide is on, so one round trip is the whole cost of a tick.
-    virtual PointerState pointer() = 0;
     /// Whether presses can be noticed at all in this session.
     virtual bool isAvailable() = 0;
     /// Which windows presses and the pointer are seen over.

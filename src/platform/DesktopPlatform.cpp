@@ -13,6 +13,7 @@
 #include "platform/x11/X11HotkeyGrabber.h"
 #include "platform/x11/X11InputSynthesis.h"
 #include "platform/x11/X11PanelWindows.h"
+#include "platform/x11/X11PointerTicker.h"
 #include "platform/x11/XInputClickMonitor.h"
 
 #include <QApplication>
@@ -42,6 +43,7 @@ public:
     PanelWindows& panelWindows() override { return m_panelWindows; }
     Screens& screens() override { return m_screens; }
     ClickMonitor& clickMonitor() override { return m_clickMonitor; }
+    PointerTicker& pointerTicker() override { return m_pointerTicker; }
     FrontApplication& frontApplication() override { return m_frontApplication; }
     HotkeyGrabber& hotkey() override { return m_hotkey; }
     Autostart& autostart() override { return m_autostart; }
@@ -56,6 +58,7 @@ private:
     X11PanelWindows m_panelWindows;
     QtScreens m_screens;
     XInputClickMonitor m_clickMonitor;
+    X11PointerTicker m_pointerTicker;
     X11FrontApplication m_x11FrontApplication;
     SessionFrontApplication m_frontApplication{m_x11FrontApplication, isWaylandSession(),
                                                KWinFrontScript::installedPath()};

@@ -10,6 +10,7 @@
 #include "platform/InputSynthesis.h"
 #include "platform/Launcher.h"
 #include "platform/PanelWindows.h"
+#include "platform/PointerTicker.h"
 #include "platform/Scheduler.h"
 #include "platform/Screens.h"
 
@@ -35,6 +36,7 @@ public:
     virtual PanelWindows& panelWindows() = 0;
     virtual Screens& screens() = 0;
     virtual ClickMonitor& clickMonitor() = 0;
+    virtual PointerTicker& pointerTicker() = 0;
     virtual FrontApplication& frontApplication() = 0;
     virtual HotkeyGrabber& hotkey() = 0;
     virtual Autostart& autostart() = 0;

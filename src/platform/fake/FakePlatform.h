@@ -48,8 +48,23 @@ public:
     bool compositing = true;
     /// The click monitor's callback while it runs, empty once stopped; tests call it to simulate a press.
     std::function<void(QPoint)> clickCallback;
-    /// What pointer() answers.
-    PointerState pointerState;
+    /// Samples the pointer when the test says so.
+    class Ticker final : public PointerTicker
+    {
+    public:
+        void start(int) override { m_active = true; }
+        void stop() override { m_active = false; }
+        bool isActive() const override { return m_active; }
+        /// One beat, when the beat runs.
+        void beat(const PointerState& pointer)
+        {
+            if (m_active)
+                Q_EMIT sampled(pointer);
+        }
+
+    private:
+        bool m_active = false;
+    } ticker;
     /// The application in front, and the callback that reports activations while watched.
     std::optional<ApplicationIdentity> front;
     std::function<void(const ApplicationIdentity&)> activated;
@@ -78,6 +93,7 @@ public:
     PanelWindows& panelWindows() override { return *this; }
     Screens& screens() override { return *this; }
     ClickMonitor& clickMonitor() override { return *this; }
+    PointerTicker& pointerTicker() override { return ticker; }
     FrontApplication& frontApplication() override { return *this; }
     HotkeyGrabber& hotkey() override { return *this; }
     Autostart& autostart() override { return *this; }
@@ -108,7 +124,6 @@ private:
     std::optional<ScreenInfo> screenOf(const QRect& rect) override;
     void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
     void stop() override { clickCallback = nullptr; }
-    PointerState pointer() override { return pointerState; }
     bool isAvailable() override { return true; }
     std::optional<ApplicationIdentity> current() override { return front; }
     void watch(std::function<void(const ApplicationIdentity&)> callback) override

@@ -2,8 +2,6 @@
 
 #include "platform/x11/XcbHandles.h"
 
-#include <QSocketNotifier>
-#include <QTimer>
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -27,44 +25,20 @@ bool isOwnWindow(xcb_window_t window)
 
 } // namespace
 
-void X11PanelStacking::Disconnect::operator()(xcb_connection_t* connection) const
-{
-    xcb_disconnect(connection);
-}
-
-X11PanelStacking::X11PanelStacking() = default;
-
-X11PanelStacking::~X11PanelStacking()
-{
-    // The notifier watches the connection's socket, so it goes first.
-    m_notifier.reset();
-    m_connection.reset();
-}
-
 bool X11PanelStacking::connect()
 {
-    if (m_connection)
+    if (m_watching)
         return true;
-    if (m_triedToConnect)
-        return false;
-    m_triedToConnect = true;
     // The panels live on Qt's connection; without one there is nothing to keep on top.
-    if (!qtXcbConnection())
+    if (!m_connection.open())
         return false;
-
-    std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect(nullptr, nullptr));
-    if (!connection || xcb_connection_has_error(connection.get()))
-        return false;
-    m_supportingWmCheck =
-        internAtoms(connection.get(), {QByteArrayLiteral("_NET_SUPPORTING_WM_CHECK")}).first();
+    xcb_connection_t* connection = m_connection.get();
+    m_supportingWmCheck = internAtoms(connection, {QByteArrayLiteral("_NET_SUPPORTING_WM_CHECK")}).first();
     const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection.get(), rootWindow(connection.get()), XCB_CW_EVENT_MASK, &mask);
-    xcb_flush(connection.get());
-
-    m_connection = std::move(connection);
-    m_notifier =
-        std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_connection.get()), QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { drain(); });
+    xcb_change_window_attributes(connection, rootWindow(connection), XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(connection);
+    m_connection.onReadable([this] { drain(); });
+    m_watching = true;
     return true;
 }
 
@@ -85,8 +59,6 @@ void X11PanelStacking::release(std::uint32_t window)
 void X11PanelStacking::drain()
 {
     xcb_connection_t* connection = m_connection.get();
-    if (!connection || !qtXcbConnection())
-        return;
     bool changed = false;
     while (const auto event = adoptReply(xcb_poll_for_event(connection))) {
         switch (event->response_type & 0x7f) {
@@ -113,18 +85,11 @@ void X11PanelStacking::drain()
             break;
         }
     }
-    if (xcb_connection_has_error(connection)) {
-        // The server went away: a closed socket stays readable and would spin the event loop.
-        m_notifier->setEnabled(false);
-        return;
-    }
-    if (!changed || m_panels.isEmpty())
+    if (!changed || m_panels.isEmpty() || xcb_connection_has_error(connection))
         return;
     restack();
-    // The replies restack() waited for may have pulled notices into xcb's queue, where the socket
-    // notifier no longer sees them. Its own restacking only moves this program's windows, which the next
-    // pass ignores, so this ends.
-    QTimer::singleShot(0, m_notifier.get(), [this] { drain(); });
+    // Its own restacking only moves this program's windows, which the next pass ignores, so this ends.
+    m_connection.readQueuedSoon();
 }
 
 void X11PanelStacking::restack()

@@ -1,6 +1,7 @@
 #include "XcbHandles.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 
 xcb_connection_t* qtXcbConnection()
 {
@@ -13,6 +14,19 @@ xcb_connection_t* qtXcbConnection()
 xcb_window_t rootWindow(xcb_connection_t* connection)
 {
     return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+}
+
+QPoint fromDevicePixels(QPoint device)
+{
+    // Qt keeps each screen's top-left corner as it is and divides the rest by the screen's scale.
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect scaled = screen->geometry();
+        const qreal ratio = screen->devicePixelRatio();
+        const QRect native(scaled.topLeft(), scaled.size() * ratio);
+        if (native.contains(device))
+            return scaled.topLeft() + (device - scaled.topLeft()) / ratio;
+    }
+    return device;
 }
 
 QList<xcb_atom_t> internAtoms(xcb_connection_t* connection, const QList<QByteArray>& names, bool onlyIfExists)

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPoint>
 #include <cstdlib>
 #include <memory>
 #include <xcb/xcb.h>
@@ -20,6 +21,9 @@ XcbReply<T> adoptReply(T* reply)
 /// Qt's own connection to the X server, or nullptr when the program does not run on X11.
 xcb_connection_t* qtXcbConnection();
 xcb_window_t rootWindow(xcb_connection_t* connection);
+
+/// A position the server gives, in device pixels, in the scaled coordinates of the program's windows.
+QPoint fromDevicePixels(QPoint device);
 
 /// Interns every name in one round trip. An atom that could not be had, or with `onlyIfExists` one no
 /// client ever made, is XCB_ATOM_NONE.
