@@ -186,10 +186,7 @@ void BarView::resizeEvent(QResizeEvent* event)
 void BarView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Look::plateColor());
-    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    Look::paintPlate(painter, rect());
     if (const auto markerX = m_drag.markerX()) {
         painter.setBrush(Qt::white);
         painter.drawRoundedRect(QRectF(*markerX - 1.5, 6, 3, 28), 1.5, 1.5);

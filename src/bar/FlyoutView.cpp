@@ -68,8 +68,5 @@ int FlyoutView::rowsFitting(int height)
 void FlyoutView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Look::plateColor());
-    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    Look::paintPlate(painter, rect());
 }
