@@ -6,6 +6,7 @@
 #include "app/BarPlacement.h"
 #include "app/ConfigSession.h"
 #include "app/ContextTracker.h"
+#include "app/EditorLauncher.h"
 #include "bar/BarPanel.h"
 #include "bar/BarView.h"
 #include "bar/ChipLabel.h"
@@ -34,6 +35,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -76,8 +78,8 @@ private Q_SLOTS:
     void previewFollowsEdits();
 
     void newStackHasFixedKindAndNoArgument();
-    void saveHandsOverEditedButtonOnce();
-    void escapeClosesWithoutSaving();
+    void editorHandsOverOnlyWhatIsSaved_data();
+    void editorHandsOverOnlyWhatIsSaved();
 
 private Q_SLOTS:
     void iconsAreSmallAndNeverMissing();
@@ -632,60 +634,50 @@ void TestViews::newStackHasFixedKindAndNoArgument()
     QVERIFY(view->canSave());
 }
 
-void TestViews::saveHandsOverEditedButtonOnce()
+void TestViews::editorHandsOverOnlyWhatIsSaved_data()
 {
-    auto* view = new EditView(
-        shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")), false,
-        services());
-    QPointer<EditView> alive(view);
-    QList<ButtonSpec> saved;
-    QObject::connect(view, &EditView::saved, [&](const ButtonSpec& spec) { saved << spec; });
-    view->show();
-    child<QLineEdit>(*view, QStringLiteral("title"))->setText(QStringLiteral("Papers"));
-    const ButtonSpec expected = view->edited();
-
-    auto* save = child<QPushButton>(*view, QStringLiteral("save"));
-    QTest::mouseClick(save, Qt::LeftButton);
-    QCOMPARE(saved.size(), 1);
-    QCOMPARE(saved.first(), expected);
-    QCOMPARE(saved.first().title, QStringLiteral("Papers"));
-    QTRY_VERIFY(alive.isNull());
+    QTest::addColumn<QString>("close");
+    QTest::addColumn<bool>("saves");
+    QTest::newRow("Save clicked") << QStringLiteral("save") << true;
+    QTest::newRow("Return in the title") << QStringLiteral("return") << true;
+    QTest::newRow("Escape") << QStringLiteral("escape") << false;
 }
 
-void TestViews::escapeClosesWithoutSaving()
+void TestViews::editorHandsOverOnlyWhatIsSaved()
 {
-    auto* view = new EditView(
-        shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents")), false,
-        services());
-    QPointer<EditView> alive(view);
-    int calls = 0;
-    QObject::connect(view, &EditView::saved, [&] { ++calls; });
-    view->show();
+    QFETCH(QString, close);
+    QFETCH(bool, saves);
+    FakePlatform platform;
+    EditorLauncher launcher(platform.launcher());
+    QSignalSpy saved(&launcher, &EditorLauncher::saved);
+    const ButtonSpec docs =
+        shownButton(QStringLiteral("Docs"), QStringLiteral("open"), QStringLiteral("~/Documents"));
+    launcher.open(docs, QStringLiteral("Work"), false);
+    launcher.open(std::nullopt, std::nullopt, false); // brings the open one forward
+    QList<EditView*> editors;
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* editor = qobject_cast<EditView*>(window))
+            editors << editor;
+    }
+    QCOMPARE(editors.size(), 1);
+    QPointer<EditView> view(editors.first());
+    QVERIFY(launcher.isShown());
     auto* title = child<QLineEdit>(*view, QStringLiteral("title"));
-    title->setText(QStringLiteral("Changed"));
-    QTest::keyClick(title, Qt::Key_Escape);
-    QTRY_VERIFY(alive.isNull());
-    QCOMPARE(calls, 0);
+    title->setText(QStringLiteral("Papers"));
+    const ButtonSpec expected = view->edited();
 
-    // Return in a one-line field saves, as a dialog's default button would.
-    auto* second =
-        new EditView(shownButton(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
-    QPointer<EditView> secondAlive(second);
-    QObject::connect(second, &EditView::saved, [&] { ++calls; });
-    second->show();
-    QTest::keyClick(child<QLineEdit>(*second, QStringLiteral("title")), Qt::Key_Return);
-    QCOMPARE(calls, 1);
-    QTRY_VERIFY(secondAlive.isNull());
-
-    // But Return on a focused Cancel button cancels.
-    auto* third =
-        new EditView(shownButton(QStringLiteral("Docs"), QStringLiteral("open")), false, services());
-    QPointer<EditView> thirdAlive(third);
-    QObject::connect(third, &EditView::saved, [&] { ++calls; });
-    third->show();
-    QTest::keyClick(child<QPushButton>(*third, QStringLiteral("cancel")), Qt::Key_Return);
-    QTRY_VERIFY(thirdAlive.isNull());
-    QCOMPARE(calls, 1);
+    if (close == u"save")
+        QTest::mouseClick(child<QPushButton>(*view, QStringLiteral("save")), Qt::LeftButton);
+    else
+        QTest::keyClick(title, close == u"return" ? Qt::Key_Return : Qt::Key_Escape);
+    QTRY_VERIFY(view.isNull());
+    QVERIFY(!launcher.isShown());
+    QCOMPARE(saved.size(), saves ? 1 : 0);
+    if (saves) {
+        QCOMPARE(saved.first().at(0).value<ButtonSpec>(), expected);
+        QCOMPARE(saved.first().at(1).value<std::optional<QString>>(), std::optional(QStringLiteral("Docs")));
+        QCOMPARE(saved.first().at(2).value<std::optional<QString>>(), std::optional(QStringLiteral("Work")));
+    }
 }
 
 void TestViews::iconsAreSmallAndNeverMissing()

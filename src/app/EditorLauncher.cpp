@@ -46,14 +46,16 @@ void EditorLauncher::open(const std::optional<ButtonSpec>& editing, const std::o
         };
         services.shortcutNames = ShortcutList::names();
         services.shortcutsFolder = Actions::shortcutsFolder();
-        m_editor = new EditView(editing.value_or(blank(newStack)), !editing, services);
+        auto* editor = new EditView(editing.value_or(blank(newStack)), !editing, services);
         const std::optional<QString> oldTitle =
             editing ? std::optional<QString>(editing->title) : std::nullopt;
-        connect(m_editor, &EditView::saved, this, [this, oldTitle, parent](const ButtonSpec& edited) {
-            Q_EMIT saved(edited, oldTitle, parent);
-        });
+        // Accepting closes the window, but it is deleted only later: what it holds can still be read.
+        connect(editor, &QDialog::accepted, this,
+                [this, editor, oldTitle, parent] { Q_EMIT saved(editor->edited(), oldTitle, parent); });
+        m_editor = editor;
     }
     m_editor->show();
+    // Opened from a bar that never takes focus: without this the typing would go to whatever was in front.
     m_editor->raise();
     m_editor->activateWindow();
 }

@@ -78,16 +78,11 @@ ChipLabel* BarView::makeChip(const ButtonSpec& spec, bool expandsUp)
     if (hasChevron(spec))
         chevron = SymbolNames::chevron(expandsUp);
     auto* chip = new ChipLabel(spec, chevron, false, this);
-    const BarHandlers& handlers = m_handlers;
-    chip->onTap = [this, chip, &handlers] {
-        if (handlers.tap)
-            handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
-    };
-    chip->forwardDrags(handlers);
-    chip->onContextMenu = [chip, &handlers](const QPoint& at) {
-        if (handlers.chipMenu)
-            handlers.chipMenu(chip->spec(), at);
-    };
+    connect(chip, &ChipLabel::tapped, this, [this, chip] {
+        if (m_handlers.tap)
+            m_handlers.tap(chip->spec(), chipFrames().value(chip->spec().title));
+    });
+    chip->forwardTo(m_handlers, true);
     return chip;
 }
 
@@ -133,10 +128,10 @@ void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextB
     }
     if (!m_overflowed.isEmpty()) {
         m_overflowChip = new ChipLabel(overflowSpec(m_overflowed.size()), std::nullopt, false, this);
-        m_overflowChip->onTap = [this] {
+        connect(m_overflowChip, &ChipLabel::tapped, this, [this] {
             const QList<ButtonSpec> items = m_overflowed; // what the tap does may rebuild the bar
             Q_EMIT overflowTapped(items, overflowFrame());
-        };
+        });
         row->addWidget(m_overflowChip, 0, Qt::AlignVCenter);
         m_parts.append(m_overflowChip);
     }
@@ -191,10 +186,7 @@ void BarView::resizeEvent(QResizeEvent* event)
 void BarView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Look::plateColor());
-    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    Look::paintPlate(painter, rect());
     if (const auto markerX = m_drag.markerX()) {
         painter.setBrush(Qt::white);
         painter.drawRoundedRect(QRectF(*markerX - 1.5, 6, 3, 28), 1.5, 1.5);

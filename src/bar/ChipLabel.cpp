@@ -7,6 +7,7 @@
 
 #include <QContextMenuEvent>
 #include <QFontMetrics>
+#include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -41,16 +42,22 @@ ChipLabel::ChipLabel(ButtonSpec spec, std::optional<QString> chevron, bool fill,
     setToolTip(m_spec.argument.value_or(QString()));
 }
 
-void ChipLabel::forwardDrags(const BarHandlers& handlers)
+void ChipLabel::forwardTo(const BarHandlers& handlers, bool withMenu)
 {
-    onDragMove = [this, &handlers](const QPointF& at) {
+    connect(this, &ChipLabel::dragMoved, this, [this, &handlers](const QPointF& at) {
         if (handlers.dragMove)
             handlers.dragMove(m_spec, at);
-    };
-    onDragEnd = [this, &handlers](const QPointF& at) {
+    });
+    connect(this, &ChipLabel::dragEnded, this, [this, &handlers](const QPointF& at) {
         if (handlers.dragEnd)
             handlers.dragEnd(m_spec, at);
-    };
+    });
+    if (!withMenu)
+        return;
+    connect(this, &ChipLabel::menuRequested, this, [this, &handlers](const QPoint& at) {
+        if (handlers.chipMenu)
+            handlers.chipMenu(m_spec, at);
+    });
 }
 
 void ChipLabel::setHighlighted(bool on)
@@ -188,8 +195,8 @@ void ChipLabel::mouseMoveEvent(QMouseEvent* event)
     const QPointF delta = event->globalPosition() - *m_pressedAt;
     if (!m_dragging && std::hypot(delta.x(), delta.y()) >= dragThreshold)
         m_dragging = true;
-    if (m_dragging && onDragMove)
-        onDragMove(event->globalPosition());
+    if (m_dragging)
+        Q_EMIT dragMoved(event->globalPosition());
 }
 
 void ChipLabel::mouseReleaseEvent(QMouseEvent* event)
@@ -199,19 +206,16 @@ void ChipLabel::mouseReleaseEvent(QMouseEvent* event)
     const bool dragged = m_dragging;
     m_pressedAt.reset();
     m_dragging = false;
-    // The callbacks may rebuild the bar and so delete this chip: nothing may touch it afterwards.
-    if (dragged) {
-        if (onDragEnd)
-            onDragEnd(event->globalPosition());
-    } else if (onTap) {
-        onTap();
-    }
+    if (dragged)
+        Q_EMIT dragEnded(event->globalPosition());
+    else
+        Q_EMIT tapped();
 }
 
 void ChipLabel::contextMenuEvent(QContextMenuEvent* event)
 {
-    if (onContextMenu)
-        onContextMenu(event->globalPos());
+    if (isSignalConnected(QMetaMethod::fromSignal(&ChipLabel::menuRequested)))
+        Q_EMIT menuRequested(event->globalPos());
     else
         event->ignore();
 }

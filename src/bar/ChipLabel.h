@@ -5,7 +5,6 @@
 
 #include <QPoint>
 #include <QWidget>
-#include <functional>
 #include <optional>
 
 /// One button drawn as a chip: icon, title, optional chevron, tinted plate and lock mark. A press that
@@ -20,12 +19,8 @@ public:
     const ButtonSpec& spec() const { return m_spec; }
     void setHighlighted(bool on);
 
-    std::function<void()> onTap;
-    std::function<void(const QPointF&)> onDragMove;
-    std::function<void(const QPointF&)> onDragEnd;
-    std::function<void(const QPoint&)> onContextMenu;
-    /// Hands this chip's drags to the controller.
-    void forwardDrags(const BarHandlers& handlers);
+    /// Hands this chip's drags to the controller, and its menu too when `withMenu`.
+    void forwardTo(const BarHandlers& handlers, bool withMenu);
 
     QSize sizeHint() const override;
     /// The size a chip for `spec` takes, measured without making one: a bar of a thousand buttons
@@ -35,6 +30,14 @@ public:
 
     /// How far a press must move before it becomes a drag.
     static constexpr int dragThreshold = 6;
+
+Q_SIGNALS:
+    // Receivers that rebuild the bar or close a flyout delete the chip later, never while it emits.
+    void tapped();
+    void dragMoved(const QPointF& global);
+    void dragEnded(const QPointF& global);
+    /// A right click; with nothing connected the click goes on to the widget behind the chip.
+    void menuRequested(const QPoint& global);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -42,18 +42,12 @@ FlyoutView::FlyoutView(const QList<ButtonSpec>& items, const BarHandlers& handle
         if (i == 0)
             rows =
                 Overflow::rowsPerColumn(items.size(), chip->sizeHint().height(), spacing, margin, maxHeight);
-        chip->onTap = [chip, &handlers] {
+        connect(chip, &ChipLabel::tapped, this, [chip, &handlers] {
             if (handlers.tapInFlyout)
                 handlers.tapInFlyout(chip->spec());
-        };
-        chip->forwardDrags(handlers);
+        });
         // The rows of a folder listing are made up for the moment, not buttons of the document.
-        if (drag && !(handlers.isListing && handlers.isListing())) {
-            chip->onContextMenu = [chip, &handlers](const QPoint& at) {
-                if (handlers.chipMenu)
-                    handlers.chipMenu(chip->spec(), at);
-            };
-        }
+        chip->forwardTo(handlers, drag && !(handlers.isListing && handlers.isListing()));
         column->addWidget(chip, int(i % rows), int(i / rows));
     }
 }
@@ -74,8 +68,5 @@ int FlyoutView::rowsFitting(int height)
 void FlyoutView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Look::plateColor());
-    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    Look::paintPlate(painter, rect());
 }

@@ -1,6 +1,7 @@
 #include "Look.h"
 
 #include <QGuiApplication>
+#include <QPainter>
 
 namespace Look {
 
@@ -46,6 +47,14 @@ QFont font(qreal pointSize, QFont::Weight weight)
     font.setPointSizeF(pointSize);
     font.setWeight(weight);
     return font;
+}
+
+void paintPlate(QPainter& painter, const QRectF& area, const QColor& color)
+{
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(area, plateRadius, plateRadius);
 }
 
 } // namespace Look

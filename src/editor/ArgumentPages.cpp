@@ -150,6 +150,8 @@ ArgumentPages::Page ArgumentPages::pathPage(bool files)
 
     const auto addPicker = [this, widget, row, edit](const QString& text, bool folder) {
         auto* button = new QPushButton(text, widget);
+        // Return saves, as it does from the field beside it; the picker answers a click or Space.
+        button->setAutoDefault(false);
         row->addWidget(button);
         connect(button, &QPushButton::clicked, this, [this, edit, folder] {
             const QString start = startFolder(edit->text());

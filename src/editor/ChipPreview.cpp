@@ -30,10 +30,7 @@ void ChipPreview::setSpec(const ButtonSpec& spec)
 void ChipPreview::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
     // The bar's plate is mostly-opaque black over the desktop; solid near-black here reads the same
     // whatever the window's own background.
-    painter.setBrush(QColor(28, 28, 30));
-    painter.drawRoundedRect(QRectF(rect()), Look::plateRadius, Look::plateRadius);
+    Look::paintPlate(painter, rect(), QColor(28, 28, 30));
 }

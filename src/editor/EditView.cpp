@@ -13,7 +13,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -41,7 +40,7 @@ QString windowTitleFor(bool isNew, bool stack)
 } // namespace
 
 EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices services, QWidget* parent)
-    : QWidget(parent, Qt::Window)
+    : QDialog(parent, Qt::Window)
     , m_initial(initial)
 {
     const bool newStack = isNew && initial.isGroup();
@@ -92,6 +91,8 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     m_iconPath->setPlaceholderText(tr("None: the symbol is shown"));
     m_iconPath->setClearButtonEnabled(true);
     auto* chooseIcon = new QPushButton(tr("Choose…"), this);
+    // Return saves, as it does from every field; this button answers a click or Space.
+    chooseIcon->setAutoDefault(false);
     m_iconPreview = new QLabel(this);
     m_iconPreview->setFixedSize(16, 16);
     auto* iconRow = new QHBoxLayout;
@@ -131,10 +132,6 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     // Text-only, like Save: a standard Cancel button would carry an icon on some desktops and not the other.
     QPushButton* cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cancel"));
-    // Outside a dialog buttons ignore Return; with focus on Cancel it would otherwise reach the window
-    // and save.
-    m_save->setAutoDefault(true);
-    cancel->setAutoDefault(true);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(18, 18, 18, 14);
@@ -156,8 +153,8 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     connect(m_iconPath, &QLineEdit::textChanged, this, &EditView::refresh);
     connect(chooseIcon, &QPushButton::clicked, this, &EditView::chooseIconFile);
     connect(m_locked, &QCheckBox::toggled, this, &EditView::refresh);
-    connect(buttons, &QDialogButtonBox::accepted, this, &EditView::save);
-    connect(buttons, &QDialogButtonBox::rejected, this, &EditView::close);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     m_title->setFocus();
     refresh();
@@ -188,7 +185,7 @@ ButtonSpec EditView::edited() const
 
 bool EditView::canSave() const
 {
-    return !m_title->text().trimmed().isEmpty() && m_argument->acceptable();
+    return !edited().title.isEmpty() && m_argument->acceptable();
 }
 
 void EditView::refresh()
@@ -219,37 +216,4 @@ void EditView::chooseIconFile()
         this, tr("Choose an Icon"), start, tr("Images (*.png *.svg *.jpg *.jpeg *.gif *.bmp *.ico *.xpm)"));
     if (!chosen.isEmpty())
         m_iconPath->setText(chosen);
-}
-
-void EditView::save()
-{
-    if (!canSave() || m_saved)
-        return;
-    m_saved = true;
-    Q_EMIT saved(edited());
-    close();
-}
-
-void EditView::keyPressEvent(QKeyEvent* event)
-{
-    // A plain QWidget window has no dialog's default and cancel buttons; these keys stand in for them.
-    if (event->modifiers() == Qt::NoModifier || event->modifiers() == Qt::KeypadModifier) {
-        if (event->key() == Qt::Key_Escape) {
-            close();
-            return;
-        }
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-            save();
-            return;
-        }
-    }
-    QWidget::keyPressEvent(event);
-}
-
-void EditView::showEvent(QShowEvent* event)
-{
-    QWidget::showEvent(event);
-    // Opened from a bar that never takes focus: without this the typing would go to whatever was in front.
-    raise();
-    activateWindow();
 }

@@ -3,8 +3,8 @@
 #include "config/BarConfig.h"
 #include "editor/EditorServices.h"
 
+#include <QDialog>
 #include <QString>
-#include <QWidget>
 
 class ArgumentPages;
 class ChipPreview;
@@ -17,9 +17,9 @@ class QPushButton;
 class SymbolPalette;
 
 /// The button editor: title, action and argument, colour, symbol or icon file, lock. It edits a copy;
-/// nothing changes until Save, which emits the edited button as `saved` (the caller makes its title
-/// unique and commits). Cancel and Escape close it without a change.
-class EditView : public QWidget
+/// nothing changes until Save or Return accepts it, when the caller reads `edited()`, makes its title
+/// unique and commits. Cancel and Escape reject it without a change. It deletes itself once closed.
+class EditView : public QDialog
 {
     Q_OBJECT
 
@@ -32,22 +32,12 @@ public:
     /// Whether Save is possible: a title, and a key combination that parses for "keys".
     bool canSave() const;
 
-Q_SIGNALS:
-    /// Save was pressed; the window closes after this.
-    void saved(const ButtonSpec& edited);
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
-    void showEvent(QShowEvent* event) override;
-
 private:
     QString currentKind() const;
     void refresh();
     void chooseIconFile();
-    void save();
 
     ButtonSpec m_initial;
-    bool m_saved = false;
     QLineEdit* m_title = nullptr;
     QComboBox* m_kind = nullptr;
     ArgumentPages* m_argument = nullptr;
