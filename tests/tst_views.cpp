@@ -727,7 +727,7 @@ void TestViews::barComesBackOnTheScreenItWasLeftOn()
     platform.screenList = {{1, QRect(0, 0, 1440, 900), QRect(0, 0, 1440, 875)},
                            {2, QRect(1440, 0, 1920, 1080), QRect(1440, 0, 1920, 1080)}};
     ConfigSession session;
-    session.load();
+    session.load(Config::loadDocument());
     ContextTracker context(platform.frontApplication());
     DragState drag;
     BarHandlers handlers;

@@ -77,9 +77,9 @@ void AppDelegate::connectParts()
     });
 }
 
-void AppDelegate::loadConfiguration()
+void AppDelegate::loadConfiguration(const Config::Loaded& loaded)
 {
-    m_session->load();
+    m_session->load(loaded);
     m_buttons = std::make_unique<ButtonCommands>(m_session->document(), *m_platform, m_drag, *m_context);
     connect(
         m_editor, &EditorLauncher::saved, this,

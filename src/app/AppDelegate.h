@@ -2,6 +2,7 @@
 
 #include "app/Preferences.h"
 #include "bar/BarHandlers.h"
+#include "config/Config.h"
 #include "dragdrop/DragState.h"
 
 #include <QObject>
@@ -37,9 +38,9 @@ public:
     AppDelegate(std::unique_ptr<Platform> platform, std::unique_ptr<UpdateCheck> updater);
     ~AppDelegate() override;
 
-    /// Loads the configuration and keeps a backup of it. Before finishLaunching, so that a command for
-    /// the starting bar can be checked against the buttons before any window shows.
-    void loadConfiguration();
+    /// Takes the configuration as read at launch. Before finishLaunching, so that a command for the
+    /// starting bar can be checked against the buttons before any window shows.
+    void loadConfiguration(const Config::Loaded& loaded);
     /// Shows the bar; once it is on screen, takes the hot key, backs up the configuration, applies the
     /// start-up commands and starts following the desktop.
     void finishLaunching(const QProcessEnvironment& environment);

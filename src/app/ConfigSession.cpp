@@ -10,9 +10,8 @@ ConfigSession::ConfigSession(QObject* parent)
 
 ConfigSession::~ConfigSession() = default;
 
-void ConfigSession::load()
+void ConfigSession::load(const Config::Loaded& loaded)
 {
-    const Config::Loaded loaded = Config::loadDocument();
     m_readable = loaded.knownBytes.has_value();
     m_document = std::make_unique<ConfigDocument>(loaded);
     m_document->setBeep([this] { Q_EMIT refused(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/Config.h"
 #include "config/ConfigDocument.h"
 
 #include <QObject>
@@ -19,8 +20,8 @@ public:
     explicit ConfigSession(QObject* parent = nullptr);
     ~ConfigSession() override;
 
-    /// Reads the configuration.
-    void load();
+    /// Takes the configuration as read at launch.
+    void load(const Config::Loaded& loaded);
     /// Leaves a backup of the configuration this launch started from.
     void keepLaunchBackup();
     /// Follows hand edits of buttons.json from now on.

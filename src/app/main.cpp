@@ -6,6 +6,7 @@
 #include "app/TerminationSignals.h"
 #include "app/UpdateFeed.h"
 #include "bar/SymbolView.h"
+#include "config/Config.h"
 #include "config/ConfigDocument.h"
 #include "config/Editing.h"
 #include "diagnostics/Probe.h"
@@ -18,6 +19,7 @@
 #include <QTextStream>
 #include <QTimer>
 #include <cstdio>
+#include <future>
 #include <memory>
 
 namespace {
@@ -69,10 +71,10 @@ int runProbe(int argc, char* argv[], bool prompt)
 
 /// The bar of the claimed configuration folder, until it quits. Commands of copies started meanwhile are
 /// carried out on it; a starting bar is shown anyway, so of its own command only a tap is left to do.
-int runBar(InstanceClaim& claim, const BarCommand& command)
+int runBar(InstanceClaim& claim, const BarCommand& command, std::future<Config::Loaded> configuration)
 {
     auto delegate = std::make_unique<AppDelegate>(createDesktopPlatform(), updaterOfThisBuild());
-    delegate->loadConfiguration();
+    delegate->loadConfiguration(configuration.get());
     const bool opens = command.kind == BarCommand::Kind::Open;
     if (opens && !Editing::button(delegate->document().cfg(), command.title)) {
         Log::line(BarCommands::noSuchButton(command.title));
@@ -120,6 +122,10 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "vantril: %s\n", qPrintable(*reason));
         return 1;
     }
+    // Read and decoded while Qt connects to the display, so that a large file hardly delays the bar. The
+    // folder is this process's from here on.
+    std::future<Config::Loaded> configuration =
+        std::async(std::launch::async, [] { return Config::loadDocument(); });
     const std::optional<QByteArray> platformChoice = forceX11();
     QApplication application(argc, argv);
     restore(platformChoice);
@@ -130,5 +136,5 @@ int main(int argc, char* argv[])
     TerminationSignals::quitOnThem();
     SymbolView::useIconThemes();
 
-    return runBar(claim, *parsed.command);
+    return runBar(claim, *parsed.command, std::move(configuration));
 }
