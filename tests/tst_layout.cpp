@@ -219,16 +219,12 @@ void TestLayout::tallFlyoutsGetTheRoomThereIs()
 
 void TestLayout::displayNumbersAreStableHashes()
 {
-    const quint32 byName = displayNumber(QString(), QString(), QString(), QStringLiteral("screen"));
-    QCOMPARE(byName, displayNumber(QStringLiteral("ACME"), QStringLiteral("X1"), QString(),
-                                   QStringLiteral("screen")));
+    const quint32 byName = displayNumber(QString(), QString(), QString(), u"screen"_s);
+    QCOMPARE(byName, displayNumber(u"ACME"_s, u"X1"_s, QString(), u"screen"_s));
     QCOMPARE(byName, 0x8f43c982u); // FNV-1a of "name|screen"
-    const quint32 byEdid = displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"),
-                                         QStringLiteral("ABC123"), QStringLiteral("DP-1"));
-    QCOMPARE(byEdid, displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC123"),
-                                   QStringLiteral("HDMI-2")));
-    QVERIFY(byEdid != displayNumber(QStringLiteral("DEL"), QStringLiteral("U2720Q"), QStringLiteral("ABC124"),
-                                    QStringLiteral("DP-1")));
+    const quint32 byEdid = displayNumber(u"DEL"_s, u"U2720Q"_s, u"ABC123"_s, u"DP-1"_s);
+    QCOMPARE(byEdid, displayNumber(u"DEL"_s, u"U2720Q"_s, u"ABC123"_s, u"HDMI-2"_s));
+    QVERIFY(byEdid != displayNumber(u"DEL"_s, u"U2720Q"_s, u"ABC124"_s, u"DP-1"_s));
 }
 
 void TestLayout::chipsThatDoNotFitOverflow_data()
@@ -328,19 +324,17 @@ ButtonSpec expected(const QString& title, const QString& symbol, const QString& 
 
 ButtonSpec openRow(const QString& folder)
 {
-    return expected(QStringLiteral("Open in File Manager"), QStringLiteral("arrow.up.forward.app"),
-                    QStringLiteral("open"), folder);
+    return expected(u"Open in File Manager"_s, u"arrow.up.forward.app"_s, u"open"_s, folder);
 }
 
 ButtonSpec emptyRow(const QString& folder)
 {
-    return expected(QStringLiteral("(empty)"), QStringLiteral("tray"), QStringLiteral("navigate"), folder);
+    return expected(u"(empty)"_s, u"tray"_s, u"navigate"_s, folder);
 }
 
 ButtonSpec upRow(const QString& name, const QString& parent)
 {
-    return expected(QStringLiteral("\u2039 ") + name, QStringLiteral("arrow.up"), QStringLiteral("navigate"),
-                    parent);
+    return expected(u"\u2039 "_s + name, u"arrow.up"_s, u"navigate"_s, parent);
 }
 
 } // namespace
@@ -356,19 +350,15 @@ void TestLayout::foldersComeFirstInNaturalCaseInsensitiveOrder()
 
     const QList<ButtonSpec> rows = FolderListing::items(root, std::nullopt);
     QCOMPARE(entryTitles(rows),
-             (QStringList{QStringLiteral("alpha"), QStringLiteral("Dir9"), QStringLiteral("dir10"),
-                          QStringLiteral("Zeta"), QStringLiteral("9.txt"), QStringLiteral("10.txt"),
-                          QStringLiteral("a2"), QStringLiteral("A10"), QStringLiteral("b"),
-                          QStringLiteral("File1"), QStringLiteral("file2"), QStringLiteral("file10")}));
+             (QStringList{u"alpha"_s, u"Dir9"_s, u"dir10"_s, u"Zeta"_s, u"9.txt"_s, u"10.txt"_s, u"a2"_s,
+                          u"A10"_s, u"b"_s, u"File1"_s, u"file2"_s, u"file10"_s}));
     QCOMPARE(rows.size(), 13);
     QCOMPARE(rows.at(0), openRow(root));
 
-    const QString alpha = root + QStringLiteral("/alpha");
-    QCOMPARE(rows.at(1), expected(QStringLiteral("alpha"), QStringLiteral("folder"), QStringLiteral("folder"),
-                                  alpha, alpha));
-    const QString nine = root + QStringLiteral("/9.txt");
-    QCOMPARE(rows.at(5),
-             expected(QStringLiteral("9.txt"), QStringLiteral("doc"), QStringLiteral("open"), nine, nine));
+    const QString alpha = root + u"/alpha"_s;
+    QCOMPARE(rows.at(1), expected(u"alpha"_s, u"folder"_s, u"folder"_s, alpha, alpha));
+    const QString nine = root + u"/9.txt"_s;
+    QCOMPARE(rows.at(5), expected(u"9.txt"_s, u"doc"_s, u"open"_s, nine, nine));
     for (const ButtonSpec& row : rows)
         QVERIFY(!row.color && !row.locked && !row.children);
 }
@@ -378,7 +368,7 @@ void TestLayout::namesEqualButForCaseKeepOneOrder()
     // Filled in opposite orders, so the file system is likely to hand the names over differently.
     QTemporaryDir first;
     QTemporaryDir second;
-    const QStringList names{QStringLiteral("readme"), QStringLiteral("README"), QStringLiteral("ReadMe")};
+    const QStringList names{u"readme"_s, u"README"_s, u"ReadMe"_s};
     for (const QString& name : names)
         makeFile(first.filePath(name));
     for (auto it = names.crbegin(); it != names.crend(); ++it)
@@ -393,15 +383,15 @@ void TestLayout::namesEqualButForCaseKeepOneOrder()
 void TestLayout::hiddenEntriesAreLeftOut()
 {
     QTemporaryDir dir;
-    makeFile(dir.filePath(QStringLiteral(".profile")));
-    makeFolder(dir.filePath(QStringLiteral(".git")));
+    makeFile(dir.filePath(u".profile"_s));
+    makeFolder(dir.filePath(u".git"_s));
     QCOMPARE(FolderListing::items(dir.path(), std::nullopt),
              (QList<ButtonSpec>{openRow(dir.path()), emptyRow(dir.path())}));
 
-    makeFile(dir.filePath(QStringLiteral("visible")));
-    makeFile(dir.filePath(QStringLiteral("not.hidden.")));
+    makeFile(dir.filePath(u"visible"_s));
+    makeFile(dir.filePath(u"not.hidden."_s));
     QCOMPARE(entryTitles(FolderListing::items(dir.path(), std::nullopt)),
-             (QStringList{QStringLiteral("not.hidden."), QStringLiteral("visible")}));
+             (QStringList{u"not.hidden."_s, u"visible"_s}));
 }
 
 void TestLayout::longFoldersShowTheFirstEntriesAndCountTheRest_data()
@@ -413,13 +403,13 @@ void TestLayout::longFoldersShowTheFirstEntriesAndCountTheRest_data()
     QTest::addColumn<QString>("overflow");
     QTest::newRow("2") << 2 << -1 << 2 << QString();
     QTest::newRow("24") << 24 << -1 << 24 << QString();
-    QTest::newRow("25") << 25 << -1 << 24 << kEllipsis + QStringLiteral(" 1 more");
-    QTest::newRow("30") << 30 << -1 << 24 << kEllipsis + QStringLiteral(" 6 more");
-    QTest::newRow("1000") << 1000 << -1 << 24 << kEllipsis + QStringLiteral(" 976 more");
-    QTest::newRow("30 in 20 rows") << 30 << 20 << 18 << kEllipsis + QStringLiteral(" 12 more");
+    QTest::newRow("25") << 25 << -1 << 24 << kEllipsis + u" 1 more"_s;
+    QTest::newRow("30") << 30 << -1 << 24 << kEllipsis + u" 6 more"_s;
+    QTest::newRow("1000") << 1000 << -1 << 24 << kEllipsis + u" 976 more"_s;
+    QTest::newRow("30 in 20 rows") << 30 << 20 << 18 << kEllipsis + u" 12 more"_s;
     QTest::newRow("5 in 6 rows") << 5 << 6 << 5 << QString();
-    QTest::newRow("6 in 6 rows") << 6 << 6 << 4 << kEllipsis + QStringLiteral(" 2 more");
-    QTest::newRow("30 in 2 rows") << 30 << 2 << 0 << kEllipsis + QStringLiteral(" 30 more");
+    QTest::newRow("6 in 6 rows") << 6 << 6 << 4 << kEllipsis + u" 2 more"_s;
+    QTest::newRow("30 in 2 rows") << 30 << 2 << 0 << kEllipsis + u" 30 more"_s;
 }
 
 void TestLayout::longFoldersShowTheFirstEntriesAndCountTheRest()
@@ -432,15 +422,15 @@ void TestLayout::longFoldersShowTheFirstEntriesAndCountTheRest()
     // One folder and count - 1 files, created from the largest name down so that the entries shown are
     // not simply the first ones found. The folder sorts before every file despite its name.
     QTemporaryDir dir;
-    makeFolder(dir.filePath(QStringLiteral("z%1").arg(count)));
+    makeFolder(dir.filePath(u"z%1"_s.arg(count)));
     for (int i = count - 1; i >= 1; --i)
-        makeFile(dir.filePath(QStringLiteral("f%1").arg(i)));
+        makeFile(dir.filePath(u"f%1"_s.arg(i)));
 
     const QList<ButtonSpec> listing = FolderListing::items(
         dir.path(), std::nullopt, rows < 0 ? std::nullopt : std::optional<qsizetype>(rows));
-    QStringList wanted{QStringLiteral("z%1").arg(count)};
+    QStringList wanted{u"z%1"_s.arg(count)};
     for (int i = 1; i < count; ++i)
-        wanted.append(QStringLiteral("f%1").arg(i));
+        wanted.append(u"f%1"_s.arg(i));
     QCOMPARE(entryTitles(listing), wanted.mid(0, shown));
 
     if (overflow.isEmpty()) {
@@ -448,19 +438,17 @@ void TestLayout::longFoldersShowTheFirstEntriesAndCountTheRest()
         return;
     }
     QCOMPARE(listing.size(), 1 + shown + 1);
-    QCOMPARE(listing.last(),
-             expected(overflow, QStringLiteral("ellipsis"), QStringLiteral("open"), dir.path()));
+    QCOMPARE(listing.last(), expected(overflow, u"ellipsis"_s, u"open"_s, dir.path()));
 }
 
 void TestLayout::longNamesAreShortened()
 {
     QTemporaryDir dir;
     const QString exact = QString(36, QLatin1Char('a'));
-    const QString longer = QStringLiteral("b123456789012345678901234567890123456789");
+    const QString longer = u"b123456789012345678901234567890123456789"_s;
     QCOMPARE(longer.size(), 40);
     // U+1F600 takes two UTF-16 units; here they would straddle the cut.
-    const QString face =
-        QStringLiteral("c") + QString(33, QLatin1Char('x')) + QStringLiteral("\U0001F600tail");
+    const QString face = u"c"_s + QString(33, QLatin1Char('x')) + u"\U0001F600tail"_s;
     QCOMPARE(face.at(34).isHighSurrogate(), true);
     for (const QString& name : {exact, longer, face})
         makeFile(dir.filePath(name));
@@ -473,8 +461,8 @@ void TestLayout::longNamesAreShortened()
 
     const QString parent = dir.filePath(longer);
     QVERIFY(QFile::remove(parent));
-    makeFolder(parent + QStringLiteral("/inner"));
-    const QList<ButtonSpec> inside = FolderListing::items(parent + QStringLiteral("/inner"), dir.path());
+    makeFolder(parent + u"/inner"_s);
+    const QList<ButtonSpec> inside = FolderListing::items(parent + u"/inner"_s, dir.path());
     QCOMPARE(inside.at(1), upRow(longer.left(35) + kEllipsis, parent));
 }
 
@@ -482,61 +470,58 @@ void TestLayout::upRowAppearsOnlyBelowTheRoot()
 {
     QTemporaryDir dir;
     const QString root = dir.path();
-    const QString documents = root + QStringLiteral("/Documents");
-    const QString work = documents + QStringLiteral("/Work");
+    const QString documents = root + u"/Documents"_s;
+    const QString work = documents + u"/Work"_s;
     makeFolder(work);
-    makeFile(work + QStringLiteral("/plan.txt"));
+    makeFile(work + u"/plan.txt"_s);
 
     QCOMPARE(titles(FolderListing::items(work, root)),
-             (QStringList{QStringLiteral("Open in File Manager"), QStringLiteral("\u2039 Documents"),
-                          QStringLiteral("plan.txt")}));
-    QCOMPARE(FolderListing::items(work, root).at(1), upRow(QStringLiteral("Documents"), documents));
+             (QStringList{u"Open in File Manager"_s, u"\u2039 Documents"_s, u"plan.txt"_s}));
+    QCOMPARE(FolderListing::items(work, root).at(1), upRow(u"Documents"_s, documents));
     QCOMPARE(FolderListing::items(documents, root).at(1), upRow(QFileInfo(root).fileName(), root));
 
     // At the root itself, however it is spelled, there is nowhere to go up to.
     const QList<ButtonSpec> atRoot = FolderListing::items(documents, documents);
-    QCOMPARE(titles(atRoot), (QStringList{QStringLiteral("Open in File Manager"), QStringLiteral("Work")}));
-    QCOMPARE(titles(FolderListing::items(documents + QStringLiteral("/"), documents)), titles(atRoot));
-    QCOMPARE(titles(FolderListing::items(documents, root + QStringLiteral("//./Documents/Work/../"))),
-             titles(atRoot));
+    QCOMPARE(titles(atRoot), (QStringList{u"Open in File Manager"_s, u"Work"_s}));
+    QCOMPARE(titles(FolderListing::items(documents + u"/"_s, documents)), titles(atRoot));
+    QCOMPARE(titles(FolderListing::items(documents, root + u"//./Documents/Work/../"_s)), titles(atRoot));
     QCOMPARE(titles(FolderListing::items(documents, std::nullopt)), titles(atRoot));
 
     // The folder's own path is given back cleaned, so the rows below it are too.
-    const QList<ButtonSpec> messy = FolderListing::items(work + QStringLiteral("/./"), root);
+    const QList<ButtonSpec> messy = FolderListing::items(work + u"/./"_s, root);
     QCOMPARE(messy.at(0), openRow(work));
-    QCOMPARE(messy.at(2).argument, work + QStringLiteral("/plan.txt"));
+    QCOMPARE(messy.at(2).argument, work + u"/plan.txt"_s);
 }
 
 void TestLayout::topLevelFoldersGoUpToSlash()
 {
-    const QString missing = QStringLiteral("/vantril-no-such-folder");
+    const QString missing = u"/vantril-no-such-folder"_s;
     QVERIFY(!QFileInfo::exists(missing));
-    QCOMPARE(FolderListing::items(missing, QStringLiteral("/")),
-             (QList<ButtonSpec>{openRow(missing), upRow(QStringLiteral("/"), QStringLiteral("/")),
-                                emptyRow(missing)}));
+    QCOMPARE(FolderListing::items(missing, u"/"_s),
+             (QList<ButtonSpec>{openRow(missing), upRow(u"/"_s, u"/"_s), emptyRow(missing)}));
 
-    const QList<ButtonSpec> top = FolderListing::items(QStringLiteral("/"), std::nullopt);
-    QCOMPARE(top.first(), openRow(QStringLiteral("/")));
+    const QList<ButtonSpec> top = FolderListing::items(u"/"_s, std::nullopt);
+    QCOMPARE(top.first(), openRow(u"/"_s));
     QVERIFY(top.size() >= 2);
     for (const ButtonSpec& row : top.mid(1)) {
         if (row.symbol != QLatin1String("folder") && row.symbol != QLatin1String("doc"))
             continue;
-        QCOMPARE(row.argument, QStringLiteral("/") + row.title);
+        QCOMPARE(row.argument, u"/"_s + row.title);
         QCOMPARE(row.iconPath, row.argument);
     }
-    QCOMPARE(titles(FolderListing::items(QStringLiteral("/"), QStringLiteral("/"))), titles(top));
+    QCOMPARE(titles(FolderListing::items(u"/"_s, u"/"_s)), titles(top));
     // Above the root there is no parent to offer.
-    QCOMPARE(titles(FolderListing::items(QStringLiteral("/"), QStringLiteral("/usr"))), titles(top));
+    QCOMPARE(titles(FolderListing::items(u"/"_s, u"/usr"_s)), titles(top));
 }
 
 void TestLayout::missingOrNonFolderPathListsAsEmpty()
 {
     QTemporaryDir dir;
-    const QString missing = dir.filePath(QStringLiteral("gone"));
+    const QString missing = dir.filePath(u"gone"_s);
     QCOMPARE(FolderListing::items(missing, std::nullopt),
              (QList<ButtonSpec>{openRow(missing), emptyRow(missing)}));
 
-    const QString file = dir.filePath(QStringLiteral("notes.txt"));
+    const QString file = dir.filePath(u"notes.txt"_s);
     makeFile(file);
     QCOMPARE(FolderListing::items(file, std::nullopt), (QList<ButtonSpec>{openRow(file), emptyRow(file)}));
     QCOMPARE(FolderListing::items(file, dir.path()),
@@ -547,9 +532,9 @@ void TestLayout::missingOrNonFolderPathListsAsEmpty()
 void TestLayout::unreadableFolderListsAsEmpty()
 {
     QTemporaryDir dir;
-    const QString locked = dir.filePath(QStringLiteral("locked"));
+    const QString locked = dir.filePath(u"locked"_s);
     makeFolder(locked);
-    makeFile(locked + QStringLiteral("/secret"));
+    makeFile(locked + u"/secret"_s);
     QVERIFY(QFile::setPermissions(locked, QFileDevice::Permissions()));
     const QList<ButtonSpec> rows = FolderListing::items(locked, std::nullopt);
     QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
@@ -561,22 +546,19 @@ void TestLayout::unreadableFolderListsAsEmpty()
 void TestLayout::linksCountByWhatTheyPointAt()
 {
     QTemporaryDir dir;
-    makeFolder(dir.filePath(QStringLiteral("real")));
-    makeFile(dir.filePath(QStringLiteral("target.txt")));
-    QVERIFY(QFile::link(dir.filePath(QStringLiteral("real")), dir.filePath(QStringLiteral("a-folder-link"))));
-    QVERIFY(
-        QFile::link(dir.filePath(QStringLiteral("target.txt")), dir.filePath(QStringLiteral("b-file-link"))));
-    QVERIFY(QFile::link(dir.filePath(QStringLiteral("nowhere")), dir.filePath(QStringLiteral("c-dangling"))));
+    makeFolder(dir.filePath(u"real"_s));
+    makeFile(dir.filePath(u"target.txt"_s));
+    QVERIFY(QFile::link(dir.filePath(u"real"_s), dir.filePath(u"a-folder-link"_s)));
+    QVERIFY(QFile::link(dir.filePath(u"target.txt"_s), dir.filePath(u"b-file-link"_s)));
+    QVERIFY(QFile::link(dir.filePath(u"nowhere"_s), dir.filePath(u"c-dangling"_s)));
 
     const QList<ButtonSpec> rows = FolderListing::items(dir.path(), std::nullopt);
-    QCOMPARE(entryTitles(rows), (QStringList{QStringLiteral("a-folder-link"), QStringLiteral("real"),
-                                             QStringLiteral("b-file-link"), QStringLiteral("c-dangling"),
-                                             QStringLiteral("target.txt")}));
+    QCOMPARE(entryTitles(rows), (QStringList{u"a-folder-link"_s, u"real"_s, u"b-file-link"_s, u"c-dangling"_s,
+                                             u"target.txt"_s}));
     // The link is browsed under its own name, not its target's.
-    const QString link = dir.filePath(QStringLiteral("a-folder-link"));
-    QCOMPARE(rows.at(1), expected(QStringLiteral("a-folder-link"), QStringLiteral("folder"),
-                                  QStringLiteral("folder"), link, link));
-    QCOMPARE(rows.at(3).action, QStringLiteral("open"));
+    const QString link = dir.filePath(u"a-folder-link"_s);
+    QCOMPARE(rows.at(1), expected(u"a-folder-link"_s, u"folder"_s, u"folder"_s, link, link));
+    QCOMPARE(rows.at(3).action, u"open"_s);
 }
 
 void TestLayout::tildeIsExpandedInPathAndRoot()
@@ -586,20 +568,19 @@ void TestLayout::tildeIsExpandedInPathAndRoot()
     qputenv("HOME", QFile::encodeName(home.path()));
     const auto restore = qScopeGuard([&] { qputenv("HOME", previous); });
 
-    const QString documents = home.filePath(QStringLiteral("Documents"));
-    makeFolder(documents + QStringLiteral("/Taxes"));
+    const QString documents = home.filePath(u"Documents"_s);
+    makeFolder(documents + u"/Taxes"_s);
 
-    const QList<ButtonSpec> rows = FolderListing::items(QStringLiteral("~/Documents"), QStringLiteral("~"));
-    const QString taxes = documents + QStringLiteral("/Taxes");
+    const QList<ButtonSpec> rows = FolderListing::items(u"~/Documents"_s, u"~"_s);
+    const QString taxes = documents + u"/Taxes"_s;
     QCOMPARE(rows,
              (QList<ButtonSpec>{openRow(documents), upRow(QFileInfo(home.path()).fileName(), home.path()),
-                                expected(QStringLiteral("Taxes"), QStringLiteral("folder"),
-                                         QStringLiteral("folder"), taxes, taxes)}));
+                                expected(u"Taxes"_s, u"folder"_s, u"folder"_s, taxes, taxes)}));
 
-    QCOMPARE(titles(FolderListing::items(QStringLiteral("~/Documents"), documents + QStringLiteral("/"))),
-             (QStringList{QStringLiteral("Open in File Manager"), QStringLiteral("Taxes")}));
-    QCOMPARE(titles(FolderListing::items(documents, QStringLiteral("~/Documents/"))),
-             (QStringList{QStringLiteral("Open in File Manager"), QStringLiteral("Taxes")}));
+    QCOMPARE(titles(FolderListing::items(u"~/Documents"_s, documents + u"/"_s)),
+             (QStringList{u"Open in File Manager"_s, u"Taxes"_s}));
+    QCOMPARE(titles(FolderListing::items(documents, u"~/Documents/"_s)),
+             (QStringList{u"Open in File Manager"_s, u"Taxes"_s}));
 }
 
 QTEST_APPLESS_MAIN(TestLayout)

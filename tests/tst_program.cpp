@@ -41,8 +41,8 @@ QProcessEnvironment cleanEnvironment(const TempConfigDir& dir)
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "VANTRIL_RESTORE", "VANTRIL_PRESET",
                              "VANTRIL_REMOVE_PRESET", "VANTRIL_CONTEXT_APP"})
         environment.remove(QString::fromUtf8(name));
-    environment.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), dir.path());
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.file(QStringLiteral("xdg")));
+    environment.insert(u"VANTRIL_CONFIG_DIR"_s, dir.path());
+    environment.insert(u"XDG_CONFIG_HOME"_s, dir.file(u"xdg"_s));
     return environment;
 }
 
@@ -52,12 +52,12 @@ void TestProgram::parseKeysNeedsNoDisplay()
 {
     TempConfigDir dir;
     const auto environment = cleanEnvironment(dir);
-    const Outcome valid = runProgram({QStringLiteral("--parse-keys"), QStringLiteral("cmd+v")}, environment);
+    const Outcome valid = runProgram({u"--parse-keys"_s, u"cmd+v"_s}, environment);
     QCOMPARE(valid.status, 0);
-    QCOMPARE(valid.out, QStringLiteral("keyCode=9 flags=1048576 carbon=256\n"));
-    const Outcome invalid = runProgram({QStringLiteral("--parse-keys"), QStringLiteral("cmd")}, environment);
+    QCOMPARE(valid.out, u"keyCode=9 flags=1048576 carbon=256\n"_s);
+    const Outcome invalid = runProgram({u"--parse-keys"_s, u"cmd"_s}, environment);
     QCOMPARE(invalid.status, 0);
-    QCOMPARE(invalid.out, QStringLiteral("invalid\n"));
+    QCOMPARE(invalid.out, u"invalid\n"_s);
     QVERIFY(entries(dir.path()).isEmpty()); // nothing was loaded or written
 }
 
@@ -67,35 +67,34 @@ void TestProgram::withoutDisplayItSaysSoAndStops()
     const Outcome outcome = runProgram({}, cleanEnvironment(dir));
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
-    QVERIFY2(outcome.err.startsWith(QStringLiteral("vantril: no X display")), qPrintable(outcome.err));
+    QVERIFY2(outcome.err.startsWith(u"vantril: no X display"_s), qPrintable(outcome.err));
 
     auto unreachable = cleanEnvironment(dir);
-    unreachable.insert(QStringLiteral("DISPLAY"), QStringLiteral(":4711"));
+    unreachable.insert(u"DISPLAY"_s, u":4711"_s);
     const Outcome refused = runProgram({}, unreachable);
     QCOMPARE(refused.status, 1);
-    QCOMPARE(refused.err, QStringLiteral("vantril: cannot open the X display \":4711\"\n"));
+    QCOMPARE(refused.err, u"vantril: cannot open the X display \":4711\"\n"_s);
 
     // Hiding or ending a bar that does not run needs no display, and makes nothing for it.
     auto absent = cleanEnvironment(dir);
-    absent.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), dir.file(QStringLiteral("absent")));
+    absent.insert(u"VANTRIL_CONFIG_DIR"_s, dir.file(u"absent"_s));
     for (const auto& environment : {absent, cleanEnvironment(dir)}) {
-        for (const QString& word : {QStringLiteral("--hide"), QStringLiteral("--quit")}) {
+        for (const QString& word : {u"--hide"_s, u"--quit"_s}) {
             const Outcome done = runProgram({word}, environment);
             QCOMPARE(done.status, 0);
             QCOMPARE(done.err, QString());
         }
     }
-    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("absent"))));
-    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("vantril.lock"))));
-    const Outcome untitled = runProgram({QStringLiteral("--open")}, cleanEnvironment(dir));
+    QVERIFY(!QFileInfo::exists(dir.file(u"absent"_s)));
+    QVERIFY(!QFileInfo::exists(dir.file(u"vantril.lock"_s)));
+    const Outcome untitled = runProgram({u"--open"_s}, cleanEnvironment(dir));
     QCOMPARE(untitled.status, 1);
-    QCOMPARE(untitled.err, QStringLiteral("vantril: --open needs the title of a button\n"));
+    QCOMPARE(untitled.err, u"vantril: --open needs the title of a button\n"_s);
 
     // The command line still works without one.
-    const Outcome check = runProgram({QStringLiteral("--check"), dir.file(QStringLiteral("missing.json"))},
-                                     cleanEnvironment(dir));
+    const Outcome check = runProgram({u"--check"_s, dir.file(u"missing.json"_s)}, cleanEnvironment(dir));
     QCOMPARE(check.status, 1);
-    QVERIFY(check.out.contains(QStringLiteral("cannot read")));
+    QVERIFY(check.out.contains(u"cannot read"_s));
 }
 
 QTEST_GUILESS_MAIN(TestProgram)
