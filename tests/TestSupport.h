@@ -74,6 +74,14 @@ inline ButtonSpec button(const QString& title, const QString& action = u"open"_s
     return ButtonSpec::make(title, QString(), action, std::move(argument));
 }
 
+/// A stack holding `members`.
+inline ButtonSpec stackOf(const QString& title, QList<ButtonSpec> members = {})
+{
+    ButtonSpec spec = button(title, u"group"_s);
+    spec.children = std::move(members);
+    return spec;
+}
+
 /// The titles of `buttons`, in order.
 inline QStringList titles(const QList<ButtonSpec>& buttons)
 {

@@ -29,16 +29,13 @@ class TestEditing : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lookupFollowsSearchOrder();
-    void detachTakesOnlyTheFirstMatch();
-    void replaceOverwritesInPlace();
-    void uniqueTitleLooksEverywhereItShould();
-    void isContextLooksOnlyInApplicationSets();
+    void findingButtonsByTitle_data();
+    void findingButtonsByTitle();
 
 private Q_SLOTS:
     void barFrameGrowsByEightPixels();
-    void stackMiddlesAndApplicationMiddles();
-    void insertionIgnoresTheDraggedChip();
+    void whereAPointOnTheBarLeads_data();
+    void whereAPointOnTheBarLeads();
     void markerSitsBesideItsNeighbour();
     void draggingFeedbackRespectsLocksAndSets();
     void reorderingAlongTheBar_data();
@@ -67,18 +64,30 @@ private Q_SLOTS:
 
 namespace {
 
+/// "A B* S[s1] | Editor: C": the bar's titles (locked ones starred, stacks' members in brackets), then
+/// each application's set.
+QString layout(const QList<ButtonSpec>& list)
+{
+    QStringList parts;
+    for (const ButtonSpec& spec : list) {
+        parts.append(spec.title + (spec.isLocked() ? u"*"_s : QString()) +
+                     (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
+    }
+    return parts.join(u' ');
+}
+
+QString layout(const BarConfig& cfg)
+{
+    QString out = layout(cfg.buttons);
+    for (const AppSet& set : cfg.appSets.value_or(QList<AppSet>()))
+        out += u" | "_s + set.app + u": "_s + layout(set.buttons);
+    return out;
+}
+
 /// An "open" button told apart from others of its title by its symbol.
 ButtonSpec symbolled(const QString& title, const QString& symbol)
 {
     return ButtonSpec::make(title, symbol, u"open"_s);
-}
-
-ButtonSpec stack(const QString& title, QList<ButtonSpec> members)
-{
-    ButtonSpec spec = button(title);
-    spec.action = u"group"_s;
-    spec.children = std::move(members);
-    return spec;
 }
 
 /// Titles appear in several places on purpose, each copy marked by its symbol.
@@ -87,110 +96,84 @@ BarConfig sample()
     BarConfig config;
     config.buttons = {
         symbolled(u"A"_s, u"top"_s),
-        stack(u"S1"_s, {symbolled(u"B"_s, u"s1"_s), stack(u"Inner"_s, {button(u"Deep"_s)})}),
-        stack(u"S2"_s, {symbolled(u"B"_s, u"s2"_s), symbolled(u"C"_s, u"s2"_s)}),
+        stackOf(u"S1"_s, {symbolled(u"B"_s, u"s1"_s), stackOf(u"Inner"_s, {button(u"Deep"_s)})}),
+        stackOf(u"S2"_s, {symbolled(u"B"_s, u"s2"_s), symbolled(u"C"_s, u"s2"_s)}),
         button(u"Notes"_s),
+        button(u"Notes 2"_s),
+        button(u"Notes 3"_s),
     };
     config.appSets = QList<AppSet>{
         {u"x"_s,
          u"X"_s,
          {symbolled(u"C"_s, u"set"_s), symbolled(u"A"_s, u"set"_s),
-          stack(u"SetStack"_s, {button(u"Hidden"_s)})}},
+          stackOf(u"SetStack"_s, {button(u"Hidden"_s)})}},
         {u"y"_s, u"Y"_s, {symbolled(u"D"_s, u"set2"_s)}},
     };
     return config;
 }
 
-QString symbolOf(const std::optional<ButtonSpec>& spec)
-{
-    return spec ? spec->symbol : u"<none>"_s;
-}
-
 } // namespace
 
-void TestEditing::lookupFollowsSearchOrder()
+void TestEditing::findingButtonsByTitle_data()
 {
-    const BarConfig config = sample();
-    QCOMPARE(symbolOf(Editing::button(config, u"A"_s)), u"top"_s);
-    QCOMPARE(symbolOf(Editing::button(config, u"B"_s)), u"s1"_s);
-    QCOMPARE(symbolOf(Editing::button(config, u"C"_s)), u"s2"_s);
-    QCOMPARE(symbolOf(Editing::button(config, u"D"_s)), u"set2"_s);
-    // Two levels down, and inside stacks of application sets, nothing is searched.
-    QVERIFY(!Editing::button(config, u"Deep"_s));
-    QVERIFY(!Editing::button(config, u"Hidden"_s));
-    QVERIFY(!Editing::button(config, u"a"_s));
-    QVERIFY(Editing::button(config, u"Inner"_s));
-}
-
-void TestEditing::detachTakesOnlyTheFirstMatch()
-{
-    BarConfig config = sample();
-    QCOMPARE(symbolOf(Editing::detach(config, u"C"_s)), u"s2"_s);
-    QCOMPARE(symbolOf(Editing::detach(config, u"C"_s)), u"set"_s);
-    QVERIFY(!Editing::detach(config, u"C"_s));
-    QCOMPARE(config.buttons.at(2).children->size(), 1);
-    QCOMPARE(config.appSets->first().buttons.first().title, u"A"_s);
-
-    QCOMPARE(symbolOf(Editing::detach(config, u"A"_s)), u"top"_s);
-    QCOMPARE(config.buttons.first().title, u"S1"_s);
-    QVERIFY(!Editing::detach(config, u"Deep"_s));
-
+    // The call made with each title in turn on one copy of the sample, what it answers each time (a
+    // button by its symbol, or by its layout when it has none; "-" for none) and the buttons afterwards.
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<QString>("titles"); // separated by "|", as the answers are
+    QTest::addColumn<QString>("answers");
+    QTest::addColumn<QString>("after");
+    const QString untouched =
+        u"A S1[B Inner[Deep]] S2[B C] Notes Notes 2 Notes 3 | x: C A SetStack[Hidden] | y: D"_s;
+    // The bar first, then its stacks' members, then the sets; never deeper, nor inside a set's stacks.
+    QTest::newRow("lookup") << u"button"_s << u"A|B|C|D|Deep|Hidden|a|Inner"_s
+                            << u"top|s1|s2|set2|-|-|-|Inner[Deep]"_s << untouched;
     // A stack leaves with its members.
-    const auto s1 = Editing::detach(config, u"S1"_s);
-    QCOMPARE(s1->children->size(), 2);
-    QVERIFY(!Editing::button(config, u"Inner"_s));
+    QTest::newRow("detach takes the first match only")
+        << u"detach"_s << u"C|C|C|A|Deep|S1"_s << u"s2|set|-|top|-|S1[B Inner[Deep]]"_s
+        << u"S2[B] Notes Notes 2 Notes 3 | x: A SetStack[Hidden] | y: D"_s;
+    QTest::newRow("replace overwrites the first match in place")
+        << u"replace"_s << u"B|Nobody|Hidden|Deep"_s << u"yes|no|no|no"_s
+        << u"A S1[B renamed Inner[Deep]] S2[B C] Notes Notes 2 Notes 3 | x: C A SetStack[Hidden] | y: D"_s;
+    QTest::newRow("isContext looks only in the sets")
+        << u"isContext"_s << u"C|A|SetStack|Hidden|Notes"_s << u"yes|yes|yes|no|no"_s << untouched;
+    // Sets and stacks' members count, deeper titles do not; matching is exact.
+    QTest::newRow("unique title") << u"uniqueTitle"_s << u"Fresh|A|D|Inner|Deep|Hidden|notes|Notes|Notes 2"_s
+                                  << u"Fresh|A 2|D 2|Inner 2|Deep|Hidden|notes|Notes 4|Notes 2 2"_s
+                                  << untouched;
+    // A button being renamed may keep its own old title, but not take another's.
+    QTest::newRow("unique title but its own")
+        << u"uniqueTitle Notes"_s << u"Notes|A"_s << u"Notes|A 2"_s << untouched;
+    // The exclusion frees the title itself, however many use it.
+    QTest::newRow("unique title but a shared one") << u"uniqueTitle B"_s << u"B"_s << u"B"_s << untouched;
 }
 
-void TestEditing::replaceOverwritesInPlace()
+void TestEditing::findingButtonsByTitle()
 {
+    QFETCH(QString, call);
+    QFETCH(QString, titles);
+    QFETCH(QString, answers);
+    QFETCH(QString, after);
     BarConfig config = sample();
-    ButtonSpec changed = symbolled(u"B renamed"_s, u"new"_s);
-    QVERIFY(Editing::replace(config, u"B"_s, changed));
-    QCOMPARE(config.buttons.at(1).children->at(0), changed);
-    QCOMPARE(config.buttons.at(2).children->at(0).title, u"B"_s); // the second copy is untouched
-    QVERIFY(!Editing::replace(config, u"Nobody"_s, changed));
-    QVERIFY(!Editing::replace(config, u"Hidden"_s, changed));
-    const BarConfig before = config;
-    QVERIFY(!Editing::replace(config, u"Deep"_s, changed));
-    QCOMPARE(config, before);
-}
-
-void TestEditing::uniqueTitleLooksEverywhereItShould()
-{
-    const BarConfig config = sample();
-    QCOMPARE(Editing::uniqueTitle(config, u"Fresh"_s), u"Fresh"_s);
-    QCOMPARE(Editing::uniqueTitle(config, u"A"_s), u"A 2"_s);
-    QCOMPARE(Editing::uniqueTitle(config, u"D"_s),
-             u"D 2"_s); // application sets count
-    QCOMPARE(Editing::uniqueTitle(config, u"Inner"_s), u"Inner 2"_s);
-    // Titles deeper than a stack's members are not collected.
-    QCOMPARE(Editing::uniqueTitle(config, u"Deep"_s), u"Deep"_s);
-    QCOMPARE(Editing::uniqueTitle(config, u"Hidden"_s), u"Hidden"_s);
-    // Matching is exact.
-    QCOMPARE(Editing::uniqueTitle(config, u"notes"_s), u"notes"_s);
-
-    BarConfig numbered = config;
-    numbered.buttons.append(button(u"Notes 2"_s));
-    numbered.buttons.append(button(u"Notes 3"_s));
-    QCOMPARE(Editing::uniqueTitle(numbered, u"Notes"_s), u"Notes 4"_s);
-    QCOMPARE(Editing::uniqueTitle(numbered, u"Notes 2"_s), u"Notes 2 2"_s);
-
-    // Excluding a button's own old title lets it keep that title, but not take another's.
-    QCOMPARE(Editing::uniqueTitle(config, u"Notes"_s, u"Notes"_s), u"Notes"_s);
-    QCOMPARE(Editing::uniqueTitle(config, u"A"_s, u"Notes"_s), u"A 2"_s);
-    // A title used twice stays taken after excluding it once? No: the exclusion removes the title itself.
-    QCOMPARE(Editing::uniqueTitle(config, u"B"_s, u"B"_s), u"B"_s);
-}
-
-void TestEditing::isContextLooksOnlyInApplicationSets()
-{
-    const BarConfig config = sample();
-    QVERIFY(Editing::isContext(config, u"C"_s));
-    QVERIFY(Editing::isContext(config, u"A"_s));
-    QVERIFY(Editing::isContext(config, u"SetStack"_s));
-    QVERIFY(!Editing::isContext(config, u"Hidden"_s));
-    QVERIFY(!Editing::isContext(config, u"Notes"_s));
-    QVERIFY(!Editing::isContext(BarConfig(), u"A"_s));
+    const auto shown = [](const std::optional<ButtonSpec>& spec) {
+        return !spec ? u"-"_s : spec->symbol.isEmpty() ? layout(QList{*spec}) : spec->symbol;
+    };
+    const auto yes = [](bool answer) { return answer ? u"yes"_s : u"no"_s; };
+    QStringList got;
+    for (const QString& title : titles.split(u'|')) {
+        if (call == u"button")
+            got << shown(Editing::button(config, title));
+        else if (call == u"detach")
+            got << shown(Editing::detach(config, title));
+        else if (call == u"replace")
+            got << yes(Editing::replace(config, title, symbolled(u"B renamed"_s, u"new"_s)));
+        else if (call == u"isContext") // and never in a document without sets
+            got << yes(Editing::isContext(config, title) && !Editing::isContext(BarConfig(), title));
+        else
+            got << Editing::uniqueTitle(
+                config, title, call.contains(u' ') ? std::optional(call.section(u' ', 1)) : std::nullopt);
+    }
+    QCOMPARE(got.join(u'|'), answers);
+    QCOMPARE(layout(config), after);
 }
 
 namespace {
@@ -237,49 +220,63 @@ void TestEditing::barFrameGrowsByEightPixels()
              DropTarget::insertAt(1));
 }
 
-void TestEditing::stackMiddlesAndApplicationMiddles()
+void TestEditing::whereAPointOnTheBarLeads_data()
 {
+    // Chips "1" to "5" span 34..114, 122..202, 210..290, 298..378, 386..466; "2" is a stack, "4" an
+    // application, and the front application's "Editor" follows at 474..554.
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<QString>("dragged");  // a chip of the bar, left out of the insertion points
+    QTest::addColumn<bool>("groups");      // stacks may take it
+    QTest::addColumn<bool>("apps");        // applications may open it
+    QTest::addColumn<QString>("unframed"); // a chip without a frame, as in the overflow
+    QTest::addColumn<QString>("target");
+    const auto row = [](const char* name, QPointF point, bool groups, bool apps, const char* target,
+                        const char* dragged = "", const char* unframed = "") {
+        QTest::newRow(name) << point << QString::fromUtf8(dragged) << groups << apps
+                            << QString::fromUtf8(unframed) << QString::fromUtf8(target);
+    };
+    row("15 above a stack's middle", {162, 6 - 15}, true, false, "into 2");
+    row("a stack's outer fifth", {122 + 15.9, 20}, true, false, "insert 1");
+    row("a stack's middle begins", {122 + 16, 20}, true, false, "into 2");
+    row("the far edge of the middle belongs outside", {202 - 16, 20}, true, false, "insert 2");
+    row("a stack dragged onto a stack", {162, 20}, false, false, "insert 1");
+    row("an application's middle", {338, 20}, true, true, "open 4");
+    row("outside an application's middle 70 %", {298 + 11, 20}, true, true, "insert 3");
+    row("an application's own midpoint is not before it", {338, 20}, true, false, "insert 3");
+    // The front application's chips can be opened with, but are never insertion points.
+    row("the front application's chip", {514, 20}, true, true, "open Editor");
+    row("past the front application's chip", {514, 20}, true, false, "insert 5");
+    // Slightly within its own slot: the index it already has once taken out.
+    row("a dragged chip over its own slot", {220, 20}, true, false, "insert 2", "3");
+    row("a dragged chip at the start", {0, 20}, true, false, "insert 0", "3");
+    row("a chip without a frame never counts", {1000, 20}, true, false, "insert 4", "", "1");
+}
+
+void TestEditing::whereAPointOnTheBarLeads()
+{
+    QFETCH(QPointF, point);
+    QFETCH(QString, dragged);
+    QFETCH(bool, groups);
+    QFETCH(bool, apps);
+    QFETCH(QString, unframed);
+    QFETCH(QString, target);
     BarConfig cfg = five();
     cfg.buttons[1].action = u"group"_s;
     cfg.buttons[3].action = u"app"_s;
-    const auto frames = framesOf(cfg); // "2" spans 122..202, "4" spans 298..378
-    const auto hit = [&](double x, double y, bool groups, bool apps) {
-        return DropTargets::local(QPointF(x, y), std::nullopt, groups, apps, cfg, {}, frames);
-    };
-    QCOMPARE(hit(162, 6 - 15, true, false),
-             DropTarget::intoGroup(u"2"_s));                             // 15 above its middle
-    QCOMPARE(hit(122 + 15.9, 20, true, false), DropTarget::insertAt(1)); // its outer fifth
-    QCOMPARE(hit(122 + 16, 20, true, false), DropTarget::intoGroup(u"2"_s));
-    QCOMPARE(hit(202 - 16, 20, true, false),
-             DropTarget::insertAt(2)); // the far edge of the middle belongs outside
-    QCOMPARE(hit(162, 20, false, false), DropTarget::insertAt(1)); // a stack dragged onto a stack
-    QCOMPARE(hit(338, 20, true, true), DropTarget::openWith(u"4"_s));
-    QCOMPARE(hit(298 + 11, 20, true, true), DropTarget::insertAt(3)); // outside the middle 70 %
-    QCOMPARE(hit(338, 20, true, false), DropTarget::insertAt(3));     // its own midpoint is not "before"
-
-    // The front application's chips can be opened with, but are never insertion points.
     const ButtonSpec editor = button(u"Editor"_s, u"app"_s);
-    const auto withSet = framesOf(cfg, {editor}); // "Editor" spans 474..554
-    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, true, cfg, {editor}, withSet),
-             DropTarget::openWith(u"Editor"_s));
-    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, false, cfg, {editor}, withSet),
-             DropTarget::insertAt(5));
-}
-
-void TestEditing::insertionIgnoresTheDraggedChip()
-{
-    const BarConfig cfg = five();
-    auto frames = framesOf(cfg);
-    // Slightly within its own slot: the index it already has once taken out.
-    QCOMPARE(DropTargets::local(QPointF(220, 20), u"3"_s, true, false, cfg, {}, frames),
-             DropTarget::insertAt(2));
-    QCOMPARE(DropTargets::local(QPointF(0, 20), u"3"_s, true, false, cfg, {}, frames),
-             DropTarget::insertAt(0));
-    // A chip without a frame is never counted.
-    frames.remove(u"1"_s);
-    QCOMPARE(DropTargets::local(QPointF(1000, 20), std::nullopt, true, false, cfg, {}, frames),
-             DropTarget::insertAt(4));
-    QCOMPARE(DropTargets::local(QPointF(10, 20), std::nullopt, true, false, BarConfig(), {}, {}),
+    auto frames = framesOf(cfg, {editor});
+    frames.remove(unframed);
+    const DropTarget hit =
+        DropTargets::local(point, dragged.isEmpty() ? std::nullopt : std::optional(dragged), groups, apps,
+                           cfg, {editor}, frames);
+    using Kind = DropTarget::Kind;
+    QCOMPARE(hit.kind == Kind::IntoGroup  ? u"into "_s + hit.title
+             : hit.kind == Kind::OpenWith ? u"open "_s + hit.title
+             : hit.kind == Kind::InsertAt ? u"insert %1"_s.arg(hit.index)
+                                          : u"outside"_s,
+             target);
+    // An empty bar has only its start.
+    QCOMPARE(DropTargets::local(point, std::nullopt, groups, apps, BarConfig(), {}, {}),
              DropTarget::insertAt(0));
 }
 
@@ -795,30 +792,6 @@ void TestEditing::frontWindowFindsItsSetByAnyName()
     if (shown < 0)
         QCOMPARE(cfg.appSets->last().app, app.id);
 }
-
-namespace {
-
-/// "A B* S[s1] | Editor: C": the bar's titles (locked ones starred, stacks' members in brackets), then
-/// each application's set.
-QString layout(const QList<ButtonSpec>& list)
-{
-    QStringList parts;
-    for (const ButtonSpec& spec : list) {
-        parts.append(spec.title + (spec.isLocked() ? u"*"_s : QString()) +
-                     (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
-    }
-    return parts.join(u' ');
-}
-
-QString layout(const BarConfig& cfg)
-{
-    QString out = layout(cfg.buttons);
-    for (const AppSet& set : cfg.appSets.value_or(QList<AppSet>()))
-        out += u" | "_s + set.app + u": "_s + layout(set.buttons);
-    return out;
-}
-
-} // namespace
 
 void TestEditing::buttonCommandsChangeTheDocument_data()
 {

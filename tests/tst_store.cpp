@@ -30,11 +30,8 @@ class TestStore : public QObject
 private Q_SLOTS:
     void folderFollowsEnvironment_data();
     void folderFollowsEnvironment();
-    void firstLaunchWritesDefaults();
-    void validFileIsReadWithoutWriting();
-    void unreadableFileWithoutBackupsIsLeftAlone_data();
-    void unreadableFileWithoutBackupsIsLeftAlone();
-    void unreadableFileRestoresNewestGoodBackup();
+    void loadingWithoutABackup_data();
+    void loadingWithoutABackup();
     void recoveryOverwritesOnlyWhatIsKept_data();
     void recoveryOverwritesOnlyWhatIsKept();
     void saveIsAtomicAndKeepsLinksAndPermissions();
@@ -149,82 +146,50 @@ void TestStore::folderFollowsEnvironment()
     QCOMPARE(Config::backupsDir(), folder + u"/backups"_s);
 }
 
-void TestStore::firstLaunchWritesDefaults()
+void TestStore::loadingWithoutABackup_data()
 {
-    TempConfigDir dir;
-    const QString nested = dir.file(u"a/b/c"_s);
-    qputenv("VANTRIL_CONFIG_DIR", nested.toLocal8Bit());
-    StderrCapture log;
-    QCOMPARE(Config::load(noon), Config::defaults());
-    QCOMPARE(readAll(nested + u"/buttons.json"_s), Config::encoded(Config::defaults()));
-    QCOMPARE(entries(nested), QStringList{u"buttons.json"_s}); // no backups folder yet
-    QCOMPARE(log.text(), QString());
-}
-
-void TestStore::validFileIsReadWithoutWriting()
-{
-    TempConfigDir dir;
-    const QByteArray text =
+    QTest::addColumn<QByteArray>("file"); // buttons.json before the start; "-": none
+    QTest::addColumn<bool>("readable");
+    const QByteArray valid =
         "  {\"buttons\":[{\"title\":\"X\",\"symbol\":\"\",\"action\":\"open\",\"unknown\":1}]}\n";
-    QVERIFY(writeAll(dir.buttonsJson(), text));
+    QTest::newRow("first launch writes the defaults") << QByteArray("-") << true;
+    QTest::newRow("valid file is read, not written") << valid << true;
+    QTest::newRow("zero bytes") << QByteArray() << false;
+    QTest::newRow("not json") << QByteArray("buttons = [files, apps]") << false;
+    QTest::newRow("missing symbol") << QByteArray(R"({"buttons":[{"title":"a","action":"open"}]})") << false;
+}
+
+void TestStore::loadingWithoutABackup()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(bool, readable);
+    TempConfigDir dir;
+    // A folder that is not there yet is made, parents and all.
+    const QString folder = dir.file(u"a/b/c"_s);
+    qputenv("VANTRIL_CONFIG_DIR", folder.toLocal8Bit());
+    if (file != "-")
+        QVERIFY(QDir().mkpath(folder) && writeAll(folder + u"/buttons.json"_s, file));
     StderrCapture log;
     const BarConfig config = Config::load(noon);
-    QCOMPARE(config.buttons.size(), 1);
-    QCOMPARE(config.buttons.first().title, u"X"_s);
-    QCOMPARE(readAll(dir.buttonsJson()), text);
-    QCOMPARE(entries(dir.path()), QStringList{u"buttons.json"_s});
-    QCOMPARE(log.text(), QString());
-}
-
-void TestStore::unreadableFileWithoutBackupsIsLeftAlone_data()
-{
-    QTest::addColumn<QByteArray>("broken");
-    QTest::newRow("zero bytes") << QByteArray();
-    QTest::newRow("not json") << QByteArray("buttons = [files, apps]");
-    QTest::newRow("missing symbol") << QByteArray(R"({"buttons":[{"title":"a","action":"open"}]})");
-}
-
-void TestStore::unreadableFileWithoutBackupsIsLeftAlone()
-{
-    QFETCH(QByteArray, broken);
-    TempConfigDir dir;
-    QVERIFY(writeAll(dir.buttonsJson(), broken));
-    StderrCapture log;
-    QCOMPARE(Config::load(noon), Config::defaults());
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable and there is no backup; "
-                                        "using defaults without overwriting it\n"));
-    QCOMPARE(readAll(dir.buttonsJson()), broken);
-    QCOMPARE(entries(dir.backups()), QStringList{u"invalid-2025-03-14-120000.json"_s});
-    QCOMPARE(readAll(dir.backups() + u"/invalid-2025-03-14-120000.json"_s), broken);
-}
-
-void TestStore::unreadableFileRestoresNewestGoodBackup()
-{
-    TempConfigDir dir;
-    QVERIFY(QDir().mkpath(dir.backups()));
-    // The newest backup is broken too; the one before it is good and has its own layout.
-    const QByteArray good = "{ \"buttons\" : [ {\"title\":\"Old\",\"symbol\":\"\",\"action\":\"open\"} ] }";
-    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-10-080000.json"_s, goodDocument("Oldest")));
-    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-12-080000.json"_s, good));
-    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-13-080000.json"_s, "{broken"));
-    QVERIFY(writeAll(dir.backups() + u"/invalid-2025-03-13-090000.json"_s, goodDocument("Invalid")));
-    QVERIFY(writeAll(dir.buttonsJson(), "[]"));
-
-    StderrCapture log;
-    const BarConfig config = Config::load(noon);
-    QCOMPARE(config.buttons.first().title, u"Old"_s);
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable; restored the newest backup "
-                                        "buttons-2025-03-12-080000.json\n"));
-    QCOMPARE(readAll(dir.buttonsJson()), good); // the backup's own bytes, not re-encoded
-    QCOMPARE(readAll(dir.backups() + u"/invalid-2025-03-14-120000.json"_s), QByteArray("[]"));
-    QCOMPARE(Config::backupFiles().size(), 3); // no regular backup was added
+    const QByteArray after = file == "-" ? Config::encoded(Config::defaults()) : file;
+    QCOMPARE(config, ConfigReader::decode(after).value_or(Config::defaults()));
+    QCOMPARE(readAll(folder + u"/buttons.json"_s), after);
+    if (readable) {
+        QCOMPARE(entries(folder), QStringList{u"buttons.json"_s}); // no backups folder yet
+        QCOMPARE(log.text(), QString());
+        return;
+    }
+    QCOMPARE(log.text(), u"buttons.json was unreadable and there is no backup; "
+                         "using defaults without overwriting it\n"_s);
+    QCOMPARE(filesUnder(folder + u"/backups"_s),
+             (QMap<QString, QByteArray>{{u"invalid-2025-03-14-120000.json"_s, file}}));
 }
 
 void TestStore::recoveryOverwritesOnlyWhatIsKept_data()
 {
     QTest::addColumn<Trouble>("trouble");
     QTest::addColumn<bool>("replaced");       // buttons.json now holds the backup's bytes
-    QTest::addColumn<QStringList>("invalid"); // the "invalid-" copies afterwards
+    QTest::addColumn<QStringList>("invalid"); // the "invalid-" copies made or kept of the broken file
 
     const QString kept = u"invalid-2025-03-13-090000.json"_s;
     const QString made = u"invalid-2025-03-14-120000.json"_s;
@@ -261,9 +226,16 @@ void TestStore::recoveryOverwritesOnlyWhatIsKept()
     QFETCH(QStringList, invalid);
     TempConfigDir dir;
     QVERIFY(QDir().mkpath(dir.backups()));
-    const QByteArray good = goodDocument("Good");
-    const QString backup = dir.backups() + u"/buttons-2025-03-12-080000.json"_s;
-    QVERIFY(writeAll(backup, good));
+    // The newest backup is broken too, and "invalid-" copies are never restored: the good one before them,
+    // with a layout of its own, is.
+    const QByteArray good = "{ \"buttons\" : [ {\"title\":\"Good\",\"symbol\":\"\",\"action\":\"open\"} ] }";
+    const QMap<QString, QByteArray> backups = {
+        {u"buttons-2025-03-10-080000.json"_s, goodDocument("Oldest")},
+        {u"buttons-2025-03-12-080000.json"_s, good},
+        {u"buttons-2025-03-13-080000.json"_s, "{broken"},
+        {u"invalid-2025-03-13-100000.json"_s, goodDocument("Invalid")}};
+    for (auto it = backups.begin(); it != backups.end(); ++it)
+        QVERIFY(writeAll(dir.backups() + u'/' + it.key(), it.value()));
     QVERIFY(writeAll(dir.buttonsJson(), "{broken"));
     trouble(dir);
     const bool wasFile = QFileInfo(dir.buttonsJson()).isFile();
@@ -275,17 +247,19 @@ void TestStore::recoveryOverwritesOnlyWhatIsKept()
         return loaded.config.buttons.first().title == u"Good"_s && known == replaced ? 0 : 1;
     });
     QCOMPARE(code, 0);
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable; restored the newest backup "
-                                        "buttons-2025-03-12-080000.json\n"));
+    QCOMPARE(log.text(), u"buttons.json was unreadable; restored the newest backup "
+                         "buttons-2025-03-12-080000.json\n"_s);
     openUp(dir.path());
     QCOMPARE(QFileInfo(dir.buttonsJson()).isFile(), wasFile);
-    if (wasFile)
+    if (wasFile) // the backup's own bytes, not re-encoded
         QCOMPARE(readAll(dir.buttonsJson()), replaced ? good : QByteArray("{broken"));
-    QStringList left = entries(dir.backups());
-    left.removeOne(QFileInfo(backup).fileName());
-    QCOMPARE(left, invalid);
-    for (const QString& name : invalid)
-        QCOMPARE(readAll(dir.backups() + QLatin1Char('/') + name), QByteArray("{broken"));
+    // No regular backup is added, and only copies of the broken file.
+    QMap<QString, QByteArray> left = filesUnder(dir.backups());
+    for (auto it = backups.begin(); it != backups.end(); ++it)
+        QCOMPARE(left.take(it.key()), it.value());
+    QCOMPARE(left.keys(), invalid);
+    for (const QByteArray& copy : left)
+        QCOMPARE(copy, QByteArray("{broken"));
 }
 
 void TestStore::saveIsAtomicAndKeepsLinksAndPermissions()
