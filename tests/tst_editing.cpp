@@ -55,7 +55,6 @@ private Q_SLOTS:
     void everyPresetIsWellFormed();
     void mergeCreatesTheSetAndSkipsWhatIsThere();
     void mergeRenamesTitlesTakenElsewhere();
-    void mergeUsesTheFirstSetOfAnApplication();
     void stripRemovesPresetButtonsAndRenamedCopies();
     void appliedNamesFollowTheSets();
     void frontWindowFindsItsSetByAnyName_data();
@@ -592,16 +591,6 @@ void TestEditing::savedPositionNeedsBothFractions()
 
 namespace {
 
-ButtonSpec keys(const QString& title, const QString& combo)
-{
-    ButtonSpec spec;
-    spec.title = title;
-    spec.symbol = u"s"_s;
-    spec.action = u"keys"_s;
-    spec.argument = combo;
-    return spec;
-}
-
 const AppPreset& mail()
 {
     return *Presets::named(u"Mail"_s);
@@ -661,17 +650,28 @@ void TestEditing::mergeCreatesTheSetAndSkipsWhatIsThere()
 
     // Matching is by what the button does, not by its title.
     BarConfig custom;
-    custom.appSets = QList<AppSet>{{u"com.apple.mail"_s, u"My Mail"_s, {keys(u"Answer"_s, u"cmd+r"_s)}}};
+    custom.appSets =
+        QList<AppSet>{{u"com.apple.mail"_s, u"My Mail"_s, {button(u"Answer"_s, u"keys"_s, u"cmd+r"_s)}}};
     QCOMPARE(Presets::merge(custom, mail()), 7);
     QCOMPARE(custom.appSets->first().name, u"My Mail"_s);
     QCOMPARE(custom.appSets->first().buttons.first().title, u"Answer"_s);
     QVERIFY(!titles(custom.appSets->first().buttons).contains(u"Reply"_s));
+
+    // Into the first set of the application when it has several.
+    BarConfig several;
+    several.appSets = QList<AppSet>{{u"other"_s, u"O"_s, {}},
+                                    {u"com.apple.mail"_s, u"First"_s, {}},
+                                    {u"com.apple.mail"_s, u"Second"_s, {}}};
+    Presets::merge(several, mail());
+    QCOMPARE(several.appSets->size(), 3);
+    QCOMPARE(several.appSets->at(1).buttons.size(), 8);
+    QVERIFY(several.appSets->at(2).buttons.isEmpty());
 }
 
 void TestEditing::mergeRenamesTitlesTakenElsewhere()
 {
     BarConfig config;
-    config.buttons = {keys(u"Reply"_s, u"ctrl+r"_s), keys(u"Flag"_s, u"ctrl+f"_s)};
+    config.buttons = {button(u"Reply"_s, u"keys"_s, u"ctrl+r"_s), button(u"Flag"_s, u"keys"_s, u"ctrl+f"_s)};
     Presets::merge(config, mail());
     const QStringList setTitles = titles(config.appSets->first().buttons);
     QVERIFY(setTitles.contains(u"Reply 2"_s));
@@ -687,32 +687,18 @@ void TestEditing::mergeRenamesTitlesTakenElsewhere()
     QCOMPARE(Editing::uniqueTitle(both, u"New Tab"_s), u"New Tab 2"_s);
 }
 
-void TestEditing::mergeUsesTheFirstSetOfAnApplication()
-{
-    BarConfig config;
-    config.appSets = QList<AppSet>{{u"other"_s, u"O"_s, {}},
-                                   {u"com.apple.mail"_s, u"First"_s, {}},
-                                   {u"com.apple.mail"_s, u"Second"_s, {}}};
-    Presets::merge(config, mail());
-    QCOMPARE(config.appSets->size(), 3);
-    QCOMPARE(config.appSets->at(1).buttons.size(), 8);
-    QVERIFY(config.appSets->at(2).buttons.isEmpty());
-}
-
 void TestEditing::stripRemovesPresetButtonsAndRenamedCopies()
 {
     BarConfig config;
-    config.buttons = {keys(u"Reply"_s, u"ctrl+r"_s)};
+    config.buttons = {button(u"Reply"_s, u"keys"_s, u"ctrl+r"_s)};
     Presets::merge(config, mail()); // "Reply" becomes "Reply 2"
     QList<ButtonSpec>& set = config.appSets->first().buttons;
-    set.append(keys(u"Reply -3"_s, u"cmd+r"_s));   // a numbered copy too
-    set.append(keys(u"Reply x"_s, u"cmd+r"_s));    // not a numbered copy
-    set.append(keys(u"Reply 2 2"_s, u"cmd+r"_s));  // two numbers: not a copy
-    set.append(keys(u"Junk"_s, u"shift+cmd+k"_s)); // does something else
-    set.append(keys(u"Mine"_s, u"cmd+n"_s));       // another title
-    ButtonSpec noArgument = keys(u"Archive"_s, QString());
-    noArgument.argument.reset();
-    set.append(noArgument);
+    set.append(button(u"Reply -3"_s, u"keys"_s, u"cmd+r"_s));   // a numbered copy too
+    set.append(button(u"Reply x"_s, u"keys"_s, u"cmd+r"_s));    // not a numbered copy
+    set.append(button(u"Reply 2 2"_s, u"keys"_s, u"cmd+r"_s));  // two numbers: not a copy
+    set.append(button(u"Junk"_s, u"keys"_s, u"shift+cmd+k"_s)); // does something else
+    set.append(button(u"Mine"_s, u"keys"_s, u"cmd+n"_s));       // another title
+    set.append(button(u"Archive"_s, u"keys"_s));
     set[5].locked = true; // "Archive" from the preset
 
     QCOMPARE(Presets::strip(config, mail()), 7 + 1);
@@ -775,7 +761,7 @@ void TestEditing::frontWindowFindsItsSetByAnyName()
     BarConfig cfg;
     cfg.appSets.emplace();
     for (qsizetype i = 0; i < sets.size(); ++i)
-        cfg.appSets->append(AppSet{sets.at(i), sets.at(i), {keys(QString::number(i), u"a"_s)}});
+        cfg.appSets->append(AppSet{sets.at(i), sets.at(i), {button(QString::number(i), u"keys"_s, u"a"_s)}});
     ContextApp app;
     app.ownId = window.at(0);
     app.windowClass = window.at(1);

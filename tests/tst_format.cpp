@@ -22,7 +22,6 @@ private Q_SLOTS:
     void builtInTitlesAreUnique();
 
 private Q_SLOTS:
-    void minimalButtonHasEveryOptionalAbsent();
     void nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored();
     void anyLayoutAndKeyOrderIsAccepted();
     void childrenNestAtAnyDepth();
@@ -38,19 +37,6 @@ private Q_SLOTS:
     void escapesStrings();
     void roundTripsEverything();
 };
-
-namespace {
-
-ButtonSpec make(const QString& action, std::optional<QString> color = {})
-{
-    ButtonSpec spec;
-    spec.title = u"t"_s;
-    spec.action = action;
-    spec.color = std::move(color);
-    return spec;
-}
-
-} // namespace
 
 void TestFormat::defaultColorsByKind_data()
 {
@@ -68,18 +54,20 @@ void TestFormat::defaultColorsByKind()
     QFETCH(QString, kind);
     QFETCH(QString, color);
     QCOMPARE(ButtonSpec::defaultColor(kind), color);
-    QCOMPARE(make(kind).tintName(), color);
+    QCOMPARE(button(u"t"_s, kind).tintName(), color);
 }
 
 void TestFormat::tintFollowsColorThenStackMemberThenKind()
 {
-    QCOMPARE(make(u"app"_s, u"red"_s).tint(), ChipColor::Red);
+    ButtonSpec red = button(u"t"_s, u"app"_s);
+    red.color = u"red"_s;
+    QCOMPARE(red.tint(), ChipColor::Red);
 
-    ButtonSpec stack = make(u"group"_s);
+    ButtonSpec stack = button(u"t"_s, u"group"_s);
     QCOMPARE(stack.tint(), ChipColor::White); // no children at all
     stack.children = QList<ButtonSpec>();
     QCOMPARE(stack.tint(), ChipColor::White); // an empty stack
-    stack.children = QList<ButtonSpec>{make(u"url"_s), make(u"app"_s)};
+    stack.children = QList<ButtonSpec>{button(u"t"_s, u"url"_s), button(u"t"_s, u"app"_s)};
     QCOMPARE(stack.tint(), ChipColor::Green); // first member's kind
     (*stack.children)[0].color = u"red"_s;
     QCOMPARE(stack.tint(), ChipColor::Red); // first member's own colour
@@ -87,15 +75,15 @@ void TestFormat::tintFollowsColorThenStackMemberThenKind()
     QCOMPARE(stack.tint(), ChipColor::Purple); // the stack's own colour wins
 
     // Only one level: a first member that is a stack counts as white, whatever it holds.
-    ButtonSpec inner = make(u"group"_s);
-    inner.children = QList<ButtonSpec>{make(u"app"_s)};
-    ButtonSpec outer = make(u"group"_s);
+    ButtonSpec inner = button(u"t"_s, u"group"_s);
+    inner.children = QList<ButtonSpec>{button(u"t"_s, u"app"_s)};
+    ButtonSpec outer = button(u"t"_s, u"group"_s);
     outer.children = QList<ButtonSpec>{inner};
     QCOMPARE(outer.tint(), ChipColor::White);
 
     // A member colour only matters for stacks.
-    ButtonSpec notAStack = make(u"url"_s);
-    notAStack.children = QList<ButtonSpec>{make(u"app"_s)};
+    ButtonSpec notAStack = button(u"t"_s, u"url"_s);
+    notAStack.children = QList<ButtonSpec>{button(u"t"_s, u"app"_s)};
     QCOMPARE(notAStack.tint(), ChipColor::Green);
 }
 
@@ -108,12 +96,12 @@ void TestFormat::colorNamesAreExact()
     QCOMPARE(ButtonSpec::colorNamed(u"white"_s), ChipColor::White);
     for (const char* name : {"cyan", "blue", "Red", "Cyan", " red", ""})
         QCOMPARE(ButtonSpec::colorNamed(QString::fromUtf8(name)), ChipColor::Cyan);
-    QCOMPARE(make(u"mystery"_s).tint(), ChipColor::White);
+    QCOMPARE(button(u"t"_s, u"mystery"_s).tint(), ChipColor::White);
 }
 
 void TestFormat::equalityComparesEveryField()
 {
-    const ButtonSpec base = make(u"open"_s);
+    const ButtonSpec base = button(u"t"_s, u"open"_s);
     auto differs = [&](auto change) {
         ButtonSpec other = base;
         change(other);
@@ -153,20 +141,6 @@ QByteArray doc(const char* buttons)
 
 } // namespace
 
-void TestFormat::minimalButtonHasEveryOptionalAbsent()
-{
-    const auto config = ConfigReader::decode(doc(R"({"title":"A","symbol":"","action":"open"})"));
-    QVERIFY(config);
-    QCOMPARE(config->buttons.size(), 1);
-    const ButtonSpec& button = config->buttons.first();
-    QCOMPARE(button.title, u"A"_s);
-    QCOMPARE(button.symbol, QString());
-    QCOMPARE(button.action, u"open"_s);
-    QVERIFY(!button.argument && !button.color && !button.iconPath && !button.locked && !button.children);
-    QVERIFY(!config->appSets);
-    QVERIFY(!config->hotkey);
-}
-
 void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
 {
     const auto config = ConfigReader::decode(R"({
@@ -174,8 +148,9 @@ void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
                      "locked":null,"children":null,"Title":5,"id":"other","extra":{"deep":[1,2]}}],
         "appSets": null, "hotkey": null, "barPosition": [1, 2], "version": 3})");
     QVERIFY(config);
+    // Null reads as absent, as a button without those keys has them.
+    QCOMPARE(config->buttons, QList<ButtonSpec>{ButtonSpec::make(u"A"_s, u"s"_s, u"x"_s)});
     const ButtonSpec& button = config->buttons.first();
-    QCOMPARE(button.title, u"A"_s);
     QVERIFY(!button.argument && !button.color && !button.iconPath && !button.locked && !button.children);
     QVERIFY(!config->appSets);
     QVERIFY(!config->hotkey);
@@ -371,23 +346,17 @@ QByteArray withButton(const ButtonSpec& spec)
 
 void TestFormat::exampleDocumentIsWrittenByteForByte()
 {
-    ButtonSpec clear = button(u"Clear Screen"_s, u"keys"_s);
-    clear.symbol = u"xmark.rectangle"_s;
-    clear.argument = u"cmd+k"_s;
-    ButtonSpec downloads = button(u"Downloads"_s);
-    downloads.symbol = u"arrow.down.circle"_s;
-    downloads.argument = u"~/Downloads"_s;
-    ButtonSpec files = button(u"Files"_s, u"group"_s);
+    ButtonSpec files = stackOf(
+        u"Files"_s, {ButtonSpec::make(u"Downloads"_s, u"arrow.down.circle"_s, u"open"_s, u"~/Downloads"_s)});
     files.symbol = u"folder"_s;
-    files.children = QList<ButtonSpec>{downloads};
-    ButtonSpec terminal = button(u"Terminal"_s, u"app"_s);
-    terminal.symbol = u"terminal"_s;
-    terminal.argument = u"Terminal"_s;
+    ButtonSpec terminal = ButtonSpec::make(u"Terminal"_s, u"terminal"_s, u"app"_s, u"Terminal"_s);
     terminal.color = u"white"_s;
     terminal.locked = true;
-
     BarConfig config;
-    config.appSets = QList<AppSet>{{u"com.apple.Terminal"_s, u"Terminal"_s, {clear}}};
+    config.appSets =
+        QList<AppSet>{{u"com.apple.Terminal"_s,
+                       u"Terminal"_s,
+                       {ButtonSpec::make(u"Clear Screen"_s, u"xmark.rectangle"_s, u"keys"_s, u"cmd+k"_s)}}};
     config.buttons = {files, terminal};
     config.hotkey = u"ctrl+cmd+space"_s;
 
