@@ -38,9 +38,9 @@ private Q_SLOTS:
     void whereAPointOnTheBarLeads();
     void markerSitsBesideItsNeighbour();
     void draggingFeedbackRespectsLocksAndSets();
-    void reorderingAlongTheBar_data();
-    void reorderingAlongTheBar();
-    void movingIntoAndOutOfStacks();
+    void chipsDroppedAlongTheBarAndIntoStacks_data();
+    void chipsDroppedAlongTheBarAndIntoStacks();
+    void stacksTakeTheColourOfTheirFirstMember();
     void droppedFilesAndLinksBecomeButtons();
     void buttonCommandsChangeTheDocument_data();
     void buttonCommandsChangeTheDocument();
@@ -63,13 +63,14 @@ private Q_SLOTS:
 
 namespace {
 
-/// "A B* S[s1] | Editor: C": the bar's titles (locked ones starred, stacks' members in brackets), then
-/// each application's set.
+/// "A B* S[s1(red)] | Editor: C": the bar's titles (colours in parentheses, locked ones starred, stacks'
+/// members in brackets), then each application's set.
 QString layout(const QList<ButtonSpec>& list)
 {
     QStringList parts;
     for (const ButtonSpec& spec : list) {
-        parts.append(spec.title + (spec.isLocked() ? u"*"_s : QString()) +
+        parts.append(spec.title + (spec.color ? u'(' + *spec.color + u')' : QString()) +
+                     (spec.isLocked() ? u"*"_s : QString()) +
                      (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
     }
     return parts.join(u' ');
@@ -322,86 +323,68 @@ void TestEditing::draggingFeedbackRespectsLocksAndSets()
     QVERIFY(DragEditing::dragFeedback(button(u"member"_s), betweenChips, bar, cfg, frames)->markerX);
 }
 
-void TestEditing::reorderingAlongTheBar_data()
+void TestEditing::chipsDroppedAlongTheBarAndIntoStacks_data()
 {
-    QTest::addColumn<QString>("moved");
-    QTest::addColumn<int>("at"); // the marker's place, -1: outside the bar
-    QTest::addColumn<QString>("after");
+    // On the bar "1[m1(red) m2 5] 2[] 3(purple) 4 5 | x: own": a stack whose first member is red, an empty
+    // uncoloured one, and the front application's set.
+    QTest::addColumn<QString>("dragged");
+    QTest::addColumn<QString>("target"); // "at N", "into T" or "outside"
     QTest::addColumn<int>("outcome");
+    QTest::addColumn<QString>("after");
     const int changed = int(DragEditing::Outcome::Changed);
     const int unchanged = int(DragEditing::Outcome::Unchanged);
-    QTest::newRow("to the front") << u"3"_s << 0 << u"31245"_s << changed;
-    QTest::newRow("to the end") << u"3"_s << 4 << u"12453"_s << changed;
+    const QString before = u"1[m1(red) m2 5] 2[] 3(purple) 4 5 | x: own"_s;
+    const auto row = [](const char* name, const char* dragged, const char* target, int outcome,
+                        const QString& after) {
+        QTest::newRow(name) << QString::fromUtf8(dragged) << QString::fromUtf8(target) << outcome << after;
+    };
+    row("to the front", "3", "at 0", changed, u"3(purple) 1[m1(red) m2 5] 2[] 4 5 | x: own"_s);
+    row("to the end", "3", "at 4", changed, u"1[m1(red) m2 5] 2[] 4 5 3(purple) | x: own"_s);
     // Back where it was is still a change to commit.
-    QTest::newRow("to its own place") << u"3"_s << 2 << u"12345"_s << changed;
-    QTest::newRow("outside") << u"3"_s << -1 << u"12345"_s << unchanged;
-    QTest::newRow("a chip that is not there") << u"ghost"_s << 0 << u"12345"_s << unchanged;
+    row("to its own place", "3", "at 2", changed, before);
+    row("outside", "3", "outside", unchanged, before);
+    row("a chip that is not there", "ghost", "at 0", unchanged, before);
+    // Into a stack the chip goes last, in the colour of the first member; an uncoloured one keeps its own.
+    row("into a stack", "4", "into 1", changed, u"1[m1(red) m2 5 4(red)] 2[] 3(purple) 5 | x: own"_s);
+    row("into an empty stack", "3", "into 2", changed, u"1[m1(red) m2 5] 2[3(purple)] 4 5 | x: own"_s);
+    row("a member onto its own stack", "m2", "into 1", unchanged, before);
+    row("a stack into a stack", "2", "into 1", unchanged, before);
+    row("a member out onto the bar", "m2", "at 1", changed, u"1[m1(red) 5] m2 2[] 3(purple) 4 5 | x: own"_s);
+    // ... unless a top-level button has its title.
+    row("a member whose title is on the bar", "5", "at 0", int(DragEditing::Outcome::Refused), before);
+    // The front application's buttons only go into stacks.
+    row("a set's button onto the bar", "own", "at 0", unchanged, before);
+    row("a set's button into a stack", "own", "into 1", changed,
+        u"1[m1(red) m2 5 own(red)] 2[] 3(purple) 4 5 | x: "_s);
 }
 
-void TestEditing::reorderingAlongTheBar()
+void TestEditing::chipsDroppedAlongTheBarAndIntoStacks()
 {
-    QFETCH(QString, moved);
-    QFETCH(int, at);
-    QFETCH(QString, after);
+    QFETCH(QString, dragged);
+    QFETCH(QString, target);
     QFETCH(int, outcome);
-    BarConfig cfg = five();
-    const ButtonSpec chip = moved == QLatin1String("ghost") ? button(moved) : cfg.buttons[moved.toInt() - 1];
-    QCOMPARE(int(DragEditing::dropChip(cfg, chip, at < 0 ? DropTarget::outside() : DropTarget::insertAt(at))),
-             outcome);
-    QCOMPARE(titles(cfg.buttons).join(QString()), after);
-    if (after == QLatin1String("12345"))
-        QCOMPARE(cfg, five());
-}
-
-void TestEditing::movingIntoAndOutOfStacks()
-{
-    BarConfig cfg = five();
-    cfg.buttons[0].action = u"group"_s;
+    QFETCH(QString, after);
     ButtonSpec red = button(u"m1"_s);
     red.color = u"red"_s;
-    cfg.buttons[0].children = QList<ButtonSpec>{red, button(u"m2"_s)};
-    cfg.buttons[1].action = u"group"_s; // empty, uncoloured
-    ButtonSpec purple = cfg.buttons[2];
-    purple.color = u"purple"_s;
-    cfg.buttons[2] = purple;
+    BarConfig cfg = five();
+    cfg.buttons[0] = stackOf(u"1"_s, {red, button(u"m2"_s), button(u"5"_s)});
+    cfg.buttons[1] = stackOf(u"2"_s);
+    cfg.buttons[2].color = u"purple"_s;
     cfg.appSets = QList<AppSet>{{u"x"_s, u"X"_s, {button(u"own"_s)}}};
+    const ButtonSpec chip = Editing::button(cfg, dragged).value_or(button(dragged));
+    const QString where = target.section(u' ', 1);
+    const DropTarget drop = target == u"outside"       ? DropTarget::outside()
+                            : target.startsWith(u"at") ? DropTarget::insertAt(where.toInt())
+                                                       : DropTarget::intoGroup(where);
+    QCOMPARE(int(DragEditing::dropChip(cfg, chip, drop)), outcome);
+    QCOMPARE(layout(cfg), after);
+}
 
-    // Into a stack whose first member is red: the chip turns red and goes to the end.
-    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[3], DropTarget::intoGroup(u"1"_s)),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(titles(*cfg.buttons[0].children), (QStringList{u"m1"_s, u"m2"_s, u"4"_s}));
-    QCOMPARE(cfg.buttons[0].children->last().color, std::optional<QString>(u"red"_s));
-    // Into an empty uncoloured stack: it keeps its own colour.
-    QCOMPARE(DragEditing::dropChip(cfg, purple, DropTarget::intoGroup(u"2"_s)),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(cfg.buttons[1].children->first().color, std::optional<QString>(u"purple"_s));
-    // A member back onto its own stack, and a stack into a stack: nothing.
-    QCOMPARE(DragEditing::dropChip(cfg, button(u"m2"_s), DropTarget::intoGroup(u"1"_s)),
-             DragEditing::Outcome::Unchanged);
-    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[1], DropTarget::intoGroup(u"1"_s)),
-             DragEditing::Outcome::Unchanged);
-    // A member out onto the bar lands at the marker.
-    QCOMPARE(DragEditing::dropChip(cfg, button(u"m2"_s), DropTarget::insertAt(1)),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(cfg.buttons[1].title, u"m2"_s);
-    QCOMPARE(cfg.buttons[0].children->size(), 2);
-    // ... unless a top-level button has its title.
-    cfg.buttons[0].children->append(button(u"5"_s));
-    const BarConfig before = cfg;
-    QCOMPARE(DragEditing::dropChip(cfg, button(u"5"_s), DropTarget::insertAt(0)),
-             DragEditing::Outcome::Refused);
-    QCOMPARE(cfg, before);
-    // Application-set buttons only go into stacks.
-    QCOMPARE(DragEditing::dropChip(cfg, button(u"own"_s), DropTarget::insertAt(0)),
-             DragEditing::Outcome::Unchanged);
-    QCOMPARE(DragEditing::dropChip(cfg, button(u"own"_s), DropTarget::intoGroup(u"1"_s)),
-             DragEditing::Outcome::Changed);
-    QVERIFY(cfg.appSets->first().buttons.isEmpty());
-
+void TestEditing::stacksTakeTheColourOfTheirFirstMember()
+{
     QCOMPARE(DragEditing::stackColour(button(u"s"_s, u"group"_s)), std::nullopt);
-    ButtonSpec urls = button(u"s"_s, u"group"_s);
-    urls.children = QList<ButtonSpec>{button(u"u"_s, u"url"_s)};
-    QCOMPARE(DragEditing::stackColour(urls), std::optional<QString>(u"green"_s));
+    QCOMPARE(DragEditing::stackColour(stackOf(u"s"_s, {button(u"u"_s, u"url"_s)})),
+             std::optional<QString>(u"green"_s));
 }
 
 void TestEditing::droppedFilesAndLinksBecomeButtons()
