@@ -34,21 +34,12 @@ private Q_SLOTS:
 
 namespace {
 
-ButtonSpec acting(const QString& action, std::optional<QString> argument)
-{
-    ButtonSpec spec;
-    spec.title = u"t"_s;
-    spec.action = action;
-    spec.argument = std::move(argument);
-    return spec;
-}
-
 QStringList run(const QString& action, std::optional<QString> argument, FakePlatform* platform = nullptr)
 {
     FakePlatform own;
     FakePlatform& target = platform ? *platform : own;
     target.calls.clear();
-    Actions(target, &target.question()).run(acting(action, std::move(argument)));
+    Actions(target, &target.question()).run(button(u"t"_s, action, std::move(argument)));
     return target.calls;
 }
 
@@ -179,8 +170,9 @@ void TestActions::openingNeverRunsAProgram()
                                   [&](const ButtonSpec& spec) { return spec.title == name; });
     QVERIFY(row != listing.end());
     const QList<std::pair<const char*, ButtonSpec>> ways = {
-        {"an \"open\" chip", acting(u"open"_s, path)},
-        {"a \"url\" chip with a file address", acting(u"url"_s, QUrl::fromLocalFile(path).toString())},
+        {"an \"open\" chip", button(u"t"_s, u"open"_s, path)},
+        {"a \"url\" chip with a file address",
+         button(u"t"_s, u"url"_s, QUrl::fromLocalFile(path).toString())},
         {"a folder listing's row", *row},
         {"a chip made by a drop", dropped.buttons.first()},
     };
@@ -203,7 +195,7 @@ void TestActions::openingNeverRunsAProgram()
 
     // Nobody to ask: nothing runs either.
     platform.calls.clear();
-    Actions(platform).run(acting(u"open"_s, path));
+    Actions(platform).run(button(u"t"_s, u"open"_s, path));
     QCOMPARE(platform.calls, mode == 0 ? QStringList{u"beep"_s}
                              : program ? QStringList()
                                        : QStringList{opened});
@@ -251,7 +243,7 @@ void TestActions::newFolderNeverOverwrites()
     QVERIFY(writeAll(desktop.filePath(u"untitled folder 2"_s), "a file is in the way"));
     QVERIFY(QFile::link(u"/nonexistent"_s, desktop.filePath(u"untitled folder 3"_s)));
     for (int i = 0; i < 3; ++i)
-        Actions(platform).run(acting(u"newFolder"_s, std::nullopt));
+        Actions(platform).run(button(u"t"_s, u"newFolder"_s, std::nullopt));
     const QString base = desktop.filePath(u"untitled folder"_s);
     QCOMPARE(platform.calls, (QStringList{u"reveal "_s + base, u"reveal "_s + base + u" 4"_s,
                                           u"reveal "_s + base + u" 5"_s}));
@@ -261,7 +253,7 @@ void TestActions::newFolderNeverOverwrites()
     // An argument is ignored; a folder that cannot be made is not revealed.
     platform.calls.clear();
     platform.desktop = desktop.filePath(u"missing/deeper"_s);
-    Actions(platform).run(acting(u"newFolder"_s, u"ignored"_s));
+    Actions(platform).run(button(u"t"_s, u"newFolder"_s, u"ignored"_s));
     QCOMPARE(platform.calls, QStringList());
 }
 
@@ -289,7 +281,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     FakePlatform platform;
     platform.clipboardText = u"user text"_s;
     Actions actions(platform);
-    actions.run(acting(u"paste"_s, u"Hello"_s));
+    actions.run(button(u"t"_s, u"paste"_s, u"Hello"_s));
     QCOMPARE(platform.calls,
              (QStringList{u"clipboard clear"_s, u"clipboard set Hello"_s, u"post key=9 flags=262144"_s}));
     QCOMPARE(platform.clipboardText, std::optional<QString>(u"Hello"_s));
@@ -300,7 +292,7 @@ void TestActions::pasteRestoresThePlainTextLater()
     // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
     platform.calls.clear();
     actions.keys().setPasteKeys(u"ctrl+shift+v"_s);
-    actions.run(acting(u"paste"_s, u"ls"_s));
+    actions.run(button(u"t"_s, u"paste"_s, u"ls"_s));
     QCOMPARE(platform.calls.last(), u"post key=9 flags=393216"_s);
 }
 

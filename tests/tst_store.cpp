@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QLocale>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTest>
 #include <csignal>
 #include <poll.h>
@@ -71,34 +72,6 @@ namespace {
 
 const QDateTime noon(QDate(2025, 3, 14), QTime(12, 0, 0));
 
-/// Sets or unsets one environment variable for the scope.
-class EnvGuard
-{
-public:
-    EnvGuard(const char* name, const std::optional<QByteArray>& value)
-        : m_name(name)
-        , m_old(qgetenv(name))
-        , m_wasSet(qEnvironmentVariableIsSet(name))
-    {
-        if (value)
-            qputenv(name, *value);
-        else
-            qunsetenv(name);
-    }
-    ~EnvGuard()
-    {
-        if (m_wasSet)
-            qputenv(m_name, m_old);
-        else
-            qunsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    QByteArray m_old;
-    bool m_wasSet;
-};
-
 QByteArray goodDocument(const char* title)
 {
     return QByteArray(R"({"buttons":[{"title":")") + title + R"(","symbol":"","action":"open"}]})";
@@ -136,11 +109,18 @@ void TestStore::folderFollowsEnvironment()
     QFETCH(QVariant, own);
     QFETCH(QVariant, xdg);
     QFETCH(QString, folder);
-    const auto value = [](const QVariant& v) {
-        return v.isValid() ? std::optional(v.toString().toLocal8Bit()) : std::nullopt;
-    };
-    EnvGuard config("VANTRIL_CONFIG_DIR", value(own));
-    EnvGuard base("XDG_CONFIG_HOME", value(xdg));
+    TempConfigDir restoresTheOwnFolder;
+    const QByteArray xdgBefore = qgetenv("XDG_CONFIG_HOME");
+    const bool xdgWasSet = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+    const auto restore = qScopeGuard(
+        [&] { xdgWasSet ? qputenv("XDG_CONFIG_HOME", xdgBefore) : qunsetenv("XDG_CONFIG_HOME"); });
+    for (const auto& [name, value] :
+         {std::pair{"VANTRIL_CONFIG_DIR", own}, std::pair{"XDG_CONFIG_HOME", xdg}}) {
+        if (value.isValid())
+            qputenv(name, value.toString().toLocal8Bit());
+        else
+            qunsetenv(name);
+    }
     QCOMPARE(Config::dir(), folder);
     QCOMPARE(Config::buttonsPath(), folder + u"/buttons.json"_s);
     QCOMPARE(Config::backupsDir(), folder + u"/backups"_s);
