@@ -27,7 +27,7 @@ TempConfigDir::~TempConfigDir()
 }
 
 StderrCapture::StderrCapture()
-    : m_path(m_dir.filePath(QStringLiteral("stderr.txt")))
+    : m_path(m_dir.filePath(u"stderr.txt"_s))
 {
     std::fflush(stderr);
     m_savedFd = ::dup(STDERR_FILENO);

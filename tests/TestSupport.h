@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <functional>
 
+// Strings in the tests are written u"…"_s.
+using namespace Qt::StringLiterals;
+
 /// Points VANTRIL_CONFIG_DIR at a fresh temporary folder for the lifetime of the object. Folders and
 /// files a test made unreadable or read-only are opened up again for the cleanup.
 class TempConfigDir
@@ -20,8 +23,8 @@ public:
 
     QString path() const { return m_dir.path(); }
     QString file(const QString& relative) const { return m_dir.filePath(relative); }
-    QString buttonsJson() const { return file(QStringLiteral("buttons.json")); }
-    QString backups() const { return file(QStringLiteral("backups")); }
+    QString buttonsJson() const { return file(u"buttons.json"_s); }
+    QString backups() const { return file(u"backups"_s); }
 
 private:
     QTemporaryDir m_dir;
@@ -65,10 +68,18 @@ void openUp(const QString& folder);
 int inChild(const QString& folder, const std::function<int()>& body, qint64 fileSizeLimit = -1);
 
 /// A button of the given kind with every field but title, action and argument absent.
-inline ButtonSpec button(const QString& title, const QString& action = QStringLiteral("open"),
+inline ButtonSpec button(const QString& title, const QString& action = u"open"_s,
                          std::optional<QString> argument = {})
 {
     return ButtonSpec::make(title, QString(), action, std::move(argument));
+}
+
+/// A stack holding `members`.
+inline ButtonSpec stackOf(const QString& title, QList<ButtonSpec> members = {})
+{
+    ButtonSpec spec = button(title, u"group"_s);
+    spec.children = std::move(members);
+    return spec;
 }
 
 /// The titles of `buttons`, in order.

@@ -34,21 +34,12 @@ private Q_SLOTS:
 
 namespace {
 
-ButtonSpec acting(const QString& action, std::optional<QString> argument)
-{
-    ButtonSpec spec;
-    spec.title = QStringLiteral("t");
-    spec.action = action;
-    spec.argument = std::move(argument);
-    return spec;
-}
-
 QStringList run(const QString& action, std::optional<QString> argument, FakePlatform* platform = nullptr)
 {
     FakePlatform own;
     FakePlatform& target = platform ? *platform : own;
     target.calls.clear();
-    Actions(target, &target.question()).run(acting(action, std::move(argument)));
+    Actions(target, &target.question()).run(button(u"t"_s, action, std::move(argument)));
     return target.calls;
 }
 
@@ -66,7 +57,7 @@ void TestActions::whatAChipAsksOfTheDesktop_data()
     QTest::addColumn<QString>("kind");
     QTest::addColumn<QVariant>("argument"); // invalid: absent
     QTest::addColumn<QStringList>("calls");
-    const QStringList beep{QStringLiteral("beep")};
+    const QStringList beep{u"beep"_s};
     const QVariant none;
     const auto row = [](const char* name, const char* kind, const QVariant& argument,
                         const QStringList& calls) {
@@ -74,20 +65,19 @@ void TestActions::whatAChipAsksOfTheDesktop_data()
     };
     // Kinds are exact; unknown ones beep.
     for (const char* kind : {"Open", "group", "", "URL", "mystery", " open"})
-        row(qPrintable(QStringLiteral("kind \"%1\"").arg(QString::fromUtf8(kind))), kind, QStringLiteral("x"),
-            beep);
+        row(qPrintable(u"kind \"%1\""_s.arg(QString::fromUtf8(kind))), kind, u"x"_s, beep);
     row("stack without argument", "group", none, beep);
-    row("keys", "keys", QStringLiteral("cmd+v"), {QStringLiteral("post key=9 flags=1048576")});
-    row("app", "app", QStringLiteral("Firefox"), {QStringLiteral("launch Firefox")});
-    row("applescript", "applescript", QStringLiteral("beep"), {});
+    row("keys", "keys", u"cmd+v"_s, {u"post key=9 flags=1048576"_s});
+    row("app", "app", u"Firefox"_s, {u"launch Firefox"_s});
+    row("applescript", "applescript", u"beep"_s, {});
     // A missing argument does nothing, quietly.
     for (const char* kind :
          {"open", "app", "shortcut", "url", "folder", "keys", "paste", "shell", "applescript"})
-        row(qPrintable(QStringLiteral("%1 without argument").arg(QString::fromUtf8(kind))), kind, none, {});
+        row(qPrintable(u"%1 without argument"_s.arg(QString::fromUtf8(kind))), kind, none, {});
     // Addresses are trimmed of blanks and given a scheme when they have none.
     const auto url = [&](const char* name, const char* argument, const char* opened) {
         row(name, "url", QString::fromUtf8(argument),
-            *opened ? QStringList{QStringLiteral("open ") + QString::fromUtf8(opened)} : QStringList());
+            *opened ? QStringList{u"open "_s + QString::fromUtf8(opened)} : QStringList());
     };
     url("bare host with spaces", " \texample.org/docs\t ", "https://example.org/docs");
     url("host and port", "localhost:8080", "localhost:8080");
@@ -105,34 +95,29 @@ void TestActions::whatAChipAsksOfTheDesktop()
     QFETCH(QStringList, calls);
     StderrCapture log;
     QCOMPARE(run(kind, argument.isValid() ? std::optional(argument.toString()) : std::nullopt), calls);
-    const QString said =
-        kind == QLatin1String("applescript") && argument.isValid()
-            ? QStringLiteral("AppleScript error: AppleScript is not available on this system\n")
-            : QString();
+    const QString said = kind == QLatin1String("applescript") && argument.isValid()
+                             ? u"AppleScript error: AppleScript is not available on this system\n"_s
+                             : QString();
     QCOMPARE(log.text(), said);
 }
 
 void TestActions::openExpandsTildeAndRefusesWhatIsNoFile()
 {
     const QString home = QDir::homePath();
-    QCOMPARE(run(QStringLiteral("folder"), QStringLiteral("~")),
-             QStringList{QStringLiteral("open file://") + home});
+    QCOMPARE(run(u"folder"_s, u"~"_s), QStringList{u"open file://"_s + home});
     QTemporaryDir dir;
-    const QString odd = dir.filePath(QStringLiteral("a b#c.txt"));
+    const QString odd = dir.filePath(u"a b#c.txt"_s);
     QVERIFY(writeAll(odd, "text"));
-    QCOMPARE(run(QStringLiteral("open"), odd),
-             QStringList{QStringLiteral("open ") + QUrl::fromLocalFile(odd).toString()});
-    QCOMPARE(Paths::expandTilde(QStringLiteral("~root/x")), QStringLiteral("/root/x"));
-    QCOMPARE(Paths::expandTilde(QStringLiteral("~no-such-user-here/x")),
-             QStringLiteral("~no-such-user-here/x"));
-    QCOMPARE(Paths::expandTilde(QStringLiteral("a/~/b")), QStringLiteral("a/~/b"));
+    QCOMPARE(run(u"open"_s, odd), QStringList{u"open "_s + QUrl::fromLocalFile(odd).toString()});
+    QCOMPARE(Paths::expandTilde(u"~root/x"_s), u"/root/x"_s);
+    QCOMPARE(Paths::expandTilde(u"~no-such-user-here/x"_s), u"~no-such-user-here/x"_s);
+    QCOMPARE(Paths::expandTilde(u"a/~/b"_s), u"a/~/b"_s);
     // An application's path may begin with "~", as a dropped desktop entry's does.
-    QCOMPARE(run(QStringLiteral("app"), QStringLiteral("~/Apps/x.desktop")),
-             QStringList{QStringLiteral("launch ") + home + QStringLiteral("/Apps/x.desktop")});
+    QCOMPARE(run(u"app"_s, u"~/Apps/x.desktop"_s), QStringList{u"launch "_s + home + u"/Apps/x.desktop"_s});
 
     // A device is no document; a missing file is not worth a sound.
-    QCOMPARE(run(QStringLiteral("open"), QStringLiteral("/dev/null")), QStringList{QStringLiteral("beep")});
-    QCOMPARE(run(QStringLiteral("open"), dir.filePath(QStringLiteral("missing"))), QStringList());
+    QCOMPARE(run(u"open"_s, u"/dev/null"_s), QStringList{u"beep"_s});
+    QCOMPARE(run(u"open"_s, dir.filePath(u"missing"_s)), QStringList());
 }
 
 void TestActions::openingNeverRunsAProgram_data()
@@ -143,17 +128,15 @@ void TestActions::openingNeverRunsAProgram_data()
     QTest::addColumn<QString>("onRun"); // the request Run makes, after "ask NAME"
 
     QTest::newRow("script with an execute bit")
-        << QStringLiteral("invoice.pdf.sh") << QByteArray("#!/bin/sh\ntouch \"$0.ran\"\n") << 0755
-        << QStringLiteral("start");
+        << u"invoice.pdf.sh"_s << QByteArray("#!/bin/sh\ntouch \"$0.ran\"\n") << 0755 << u"start"_s;
     QTest::newRow("ELF at --x--x--x")
-        << QStringLiteral("tool") << QByteArray::fromHex("7f454c46020101") << 0111 << QStringLiteral("start");
+        << u"tool"_s << QByteArray::fromHex("7f454c46020101") << 0111 << u"start"_s;
     QTest::newRow("stray desktop entry at 0644")
-        << QStringLiteral("stray.desktop")
+        << u"stray.desktop"_s
         << QByteArray("[Desktop Entry]\nType=Application\nName=Invoice\nExec=touch /tmp/x.ran\n") << 0644
-        << QStringLiteral("launch");
-    QTest::newRow("FIFO named x.desktop") << QStringLiteral("x.desktop") << QByteArray() << 0 << QString();
-    QTest::newRow("document, for comparison")
-        << QStringLiteral("notes.txt") << QByteArray("text") << 0644 << QString();
+        << u"launch"_s;
+    QTest::newRow("FIFO named x.desktop") << u"x.desktop"_s << QByteArray() << 0 << QString();
+    QTest::newRow("document, for comparison") << u"notes.txt"_s << QByteArray("text") << 0644 << QString();
 }
 
 void TestActions::openingNeverRunsAProgram()
@@ -171,25 +154,25 @@ void TestActions::openingNeverRunsAProgram()
         QVERIFY(writeAll(path, content));
         QCOMPARE(::chmod(QFile::encodeName(path).constData(), mode_t(mode)), 0);
     }
-    const QString opened = QStringLiteral("open ") + QUrl::fromLocalFile(path).toString();
+    const QString opened = u"open "_s + QUrl::fromLocalFile(path).toString();
     const bool program = !onRun.isEmpty();
-    const QString asked = QStringLiteral("ask ") + name;
+    const QString asked = u"ask "_s + name;
 
     // Dropped, it only becomes a document chip: making one asks nothing of the desktop, and reads no
     // FIFO. A stray desktop entry is no application either: only installed ones are.
     BarConfig dropped;
     DragEditing::dropItems(dropped, {QUrl::fromLocalFile(path)}, DropTarget::insertAt(0));
     QCOMPARE(dropped.buttons.size(), 1);
-    QCOMPARE(dropped.buttons.first().action, QStringLiteral("open"));
+    QCOMPARE(dropped.buttons.first().action, u"open"_s);
 
     const QList<ButtonSpec> listing = FolderListing::items(dir.path(), std::nullopt);
     const auto row = std::find_if(listing.begin(), listing.end(),
                                   [&](const ButtonSpec& spec) { return spec.title == name; });
     QVERIFY(row != listing.end());
     const QList<std::pair<const char*, ButtonSpec>> ways = {
-        {"an \"open\" chip", acting(QStringLiteral("open"), path)},
+        {"an \"open\" chip", button(u"t"_s, u"open"_s, path)},
         {"a \"url\" chip with a file address",
-         acting(QStringLiteral("url"), QUrl::fromLocalFile(path).toString())},
+         button(u"t"_s, u"url"_s, QUrl::fromLocalFile(path).toString())},
         {"a folder listing's row", *row},
         {"a chip made by a drop", dropped.buttons.first()},
     };
@@ -199,7 +182,7 @@ void TestActions::openingNeverRunsAProgram()
         platform.answer = RunQuestion::Answer::Cancel;
         const QStringList cancelled = run(spec, platform);
         if (mode == 0)
-            QVERIFY2(cancelled == QStringList{QStringLiteral("beep")}, way);
+            QVERIFY2(cancelled == QStringList{u"beep"_s}, way);
         else
             QVERIFY2(cancelled == QStringList{program ? asked : opened}, way);
         if (!program)
@@ -212,8 +195,8 @@ void TestActions::openingNeverRunsAProgram()
 
     // Nobody to ask: nothing runs either.
     platform.calls.clear();
-    Actions(platform).run(acting(QStringLiteral("open"), path));
-    QCOMPARE(platform.calls, mode == 0 ? QStringList{QStringLiteral("beep")}
+    Actions(platform).run(button(u"t"_s, u"open"_s, path));
+    QCOMPARE(platform.calls, mode == 0 ? QStringList{u"beep"_s}
                              : program ? QStringList()
                                        : QStringList{opened});
 }
@@ -221,35 +204,35 @@ void TestActions::openingNeverRunsAProgram()
 void TestActions::runStartsOnlyWhatWasAskedAbout()
 {
     QTemporaryDir dir;
-    const QString script = dir.filePath(QStringLiteral("tool.sh"));
+    const QString script = dir.filePath(u"tool.sh"_s);
     QVERIFY(writeAll(script, "#!/bin/sh\n"));
     QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     FakePlatform platform;
     platform.answer.reset();
-    QCOMPARE(run(QStringLiteral("open"), script, &platform), QStringList{QStringLiteral("ask tool.sh")});
+    QCOMPARE(run(u"open"_s, script, &platform), QStringList{u"ask tool.sh"_s});
 
     // While the question is open the program is swapped for a FIFO: Run starts nothing.
     QVERIFY(QFile::remove(script));
     QCOMPARE(::mkfifo(QFile::encodeName(script).constData(), 0755), 0);
     platform.calls.clear();
     platform.unanswered(RunQuestion::Answer::Run);
-    QCOMPARE(platform.calls, QStringList{QStringLiteral("beep")});
+    QCOMPARE(platform.calls, QStringList{u"beep"_s});
 }
 
 void TestActions::programsStartDetached()
 {
     TempConfigDir dir;
     FakePlatform platform;
-    platform.shell = QStringLiteral("/usr/bin/fish");
-    QCOMPARE(run(QStringLiteral("shell"), QStringLiteral("echo $HOME > x"), &platform),
-             QStringList{QStringLiteral("start /usr/bin/fish -lc echo $HOME > x")});
-    QCOMPARE(run(QStringLiteral("shortcut"), QStringLiteral("Backup Photos"), &platform),
-             QStringList{QStringLiteral("start ") + dir.path() + QStringLiteral("/shortcuts/Backup Photos")});
+    platform.shell = u"/usr/bin/fish"_s;
+    QCOMPARE(run(u"shell"_s, u"echo $HOME > x"_s, &platform),
+             QStringList{u"start /usr/bin/fish -lc echo $HOME > x"_s});
+    QCOMPARE(run(u"shortcut"_s, u"Backup Photos"_s, &platform),
+             QStringList{u"start "_s + dir.path() + u"/shortcuts/Backup Photos"_s});
     // A shortcut name never reaches outside the scripts folder.
     for (const char* name : {"../evil", "/bin/sh", "..", "."})
-        QCOMPARE(run(QStringLiteral("shortcut"), QString::fromUtf8(name), &platform), QStringList());
-    Actions(platform).launch(QStringLiteral("/usr/bin/env"), {QStringLiteral("a b")});
-    QCOMPARE(platform.calls.last(), QStringLiteral("start /usr/bin/env a b"));
+        QCOMPARE(run(u"shortcut"_s, QString::fromUtf8(name), &platform), QStringList());
+    Actions(platform).launch(u"/usr/bin/env"_s, {u"a b"_s});
+    QCOMPARE(platform.calls.last(), u"start /usr/bin/env a b"_s);
 }
 
 void TestActions::newFolderNeverOverwrites()
@@ -257,23 +240,20 @@ void TestActions::newFolderNeverOverwrites()
     QTemporaryDir desktop;
     FakePlatform platform;
     platform.desktop = desktop.path();
-    QVERIFY(writeAll(desktop.filePath(QStringLiteral("untitled folder 2")), "a file is in the way"));
-    QVERIFY(
-        QFile::link(QStringLiteral("/nonexistent"), desktop.filePath(QStringLiteral("untitled folder 3"))));
+    QVERIFY(writeAll(desktop.filePath(u"untitled folder 2"_s), "a file is in the way"));
+    QVERIFY(QFile::link(u"/nonexistent"_s, desktop.filePath(u"untitled folder 3"_s)));
     for (int i = 0; i < 3; ++i)
-        Actions(platform).run(acting(QStringLiteral("newFolder"), std::nullopt));
-    const QString base = desktop.filePath(QStringLiteral("untitled folder"));
-    QCOMPARE(platform.calls, (QStringList{QStringLiteral("reveal ") + base,
-                                          QStringLiteral("reveal ") + base + QStringLiteral(" 4"),
-                                          QStringLiteral("reveal ") + base + QStringLiteral(" 5")}));
-    QVERIFY(QFileInfo(base + QStringLiteral(" 4")).isDir());
-    QCOMPARE(readAll(desktop.filePath(QStringLiteral("untitled folder 2"))),
-             QByteArray("a file is in the way"));
+        Actions(platform).run(button(u"t"_s, u"newFolder"_s, std::nullopt));
+    const QString base = desktop.filePath(u"untitled folder"_s);
+    QCOMPARE(platform.calls, (QStringList{u"reveal "_s + base, u"reveal "_s + base + u" 4"_s,
+                                          u"reveal "_s + base + u" 5"_s}));
+    QVERIFY(QFileInfo(base + u" 4"_s).isDir());
+    QCOMPARE(readAll(desktop.filePath(u"untitled folder 2"_s)), QByteArray("a file is in the way"));
 
     // An argument is ignored; a folder that cannot be made is not revealed.
     platform.calls.clear();
-    platform.desktop = desktop.filePath(QStringLiteral("missing/deeper"));
-    Actions(platform).run(acting(QStringLiteral("newFolder"), QStringLiteral("ignored")));
+    platform.desktop = desktop.filePath(u"missing/deeper"_s);
+    Actions(platform).run(button(u"t"_s, u"newFolder"_s, u"ignored"_s));
     QCOMPARE(platform.calls, QStringList());
 }
 
@@ -282,40 +262,38 @@ void TestActions::pressRefusesBadTextAndMissingTrust()
     FakePlatform platform;
     {
         StderrCapture log;
-        Actions(platform).keys().press(QStringLiteral("Cmd+Nonsense"));
-        QCOMPARE(log.text(), QStringLiteral("Bad key combo: Cmd+Nonsense\n"));
-        QCOMPARE(platform.calls, QStringList{QStringLiteral("beep")});
+        Actions(platform).keys().press(u"Cmd+Nonsense"_s);
+        QCOMPARE(log.text(), u"Bad key combo: Cmd+Nonsense\n"_s);
+        QCOMPARE(platform.calls, QStringList{u"beep"_s});
     }
     platform.calls.clear();
     platform.trusted = false;
-    platform.clipboardText = QStringLiteral("mine");
-    Actions(platform).keys().press(QStringLiteral("ctrl+c"));
-    Actions(platform).keys().paste(QStringLiteral("text"));
-    QCOMPARE(platform.calls, (QStringList{QStringLiteral("beep"), QStringLiteral("beep")}));
-    QCOMPARE(platform.clipboardText, std::optional<QString>(QStringLiteral("mine")));
+    platform.clipboardText = u"mine"_s;
+    Actions(platform).keys().press(u"ctrl+c"_s);
+    Actions(platform).keys().paste(u"text"_s);
+    QCOMPARE(platform.calls, (QStringList{u"beep"_s, u"beep"_s}));
+    QCOMPARE(platform.clipboardText, std::optional<QString>(u"mine"_s));
     QVERIFY(platform.pending.isEmpty());
 }
 
 void TestActions::pasteRestoresThePlainTextLater()
 {
     FakePlatform platform;
-    platform.clipboardText = QStringLiteral("user text");
+    platform.clipboardText = u"user text"_s;
     Actions actions(platform);
-    actions.run(acting(QStringLiteral("paste"), QStringLiteral("Hello")));
+    actions.run(button(u"t"_s, u"paste"_s, u"Hello"_s));
     QCOMPARE(platform.calls,
-             (QStringList{QStringLiteral("clipboard clear"), QStringLiteral("clipboard set Hello"),
-                          QStringLiteral("post key=9 flags=262144")}));
-    QCOMPARE(platform.clipboardText, std::optional<QString>(QStringLiteral("Hello")));
+             (QStringList{u"clipboard clear"_s, u"clipboard set Hello"_s, u"post key=9 flags=262144"_s}));
+    QCOMPARE(platform.clipboardText, std::optional<QString>(u"Hello"_s));
     platform.runPending();
     QCOMPARE(platform.calls.mid(3),
-             (QStringList{QStringLiteral("waited 500 ms"), QStringLiteral("clipboard clear"),
-                          QStringLiteral("clipboard set user text")}));
+             (QStringList{u"waited 500 ms"_s, u"clipboard clear"_s, u"clipboard set user text"_s}));
 
     // In a terminal the paste keystroke is ctrl+shift+v; the rest of the sequence stays.
     platform.calls.clear();
-    actions.keys().setPasteKeys(QStringLiteral("ctrl+shift+v"));
-    actions.run(acting(QStringLiteral("paste"), QStringLiteral("ls")));
-    QCOMPARE(platform.calls.last(), QStringLiteral("post key=9 flags=393216"));
+    actions.keys().setPasteKeys(u"ctrl+shift+v"_s);
+    actions.run(button(u"t"_s, u"paste"_s, u"ls"_s));
+    QCOMPARE(platform.calls.last(), u"post key=9 flags=393216"_s);
 }
 
 void TestActions::pasteRestoresOnlyWhileItsTextIsThere_data()
@@ -359,7 +337,7 @@ void TestActions::pasteRestoresOnlyWhileItsTextIsThere()
     platform.runPending();
     QCOMPARE(platform.clipboardText, clipboard(after));
     if (!meanwhile.isEmpty()) // what the user copied is not even touched
-        QCOMPARE(platform.calls, QStringList{QStringLiteral("waited 500 ms")});
+        QCOMPARE(platform.calls, QStringList{u"waited 500 ms"_s});
 }
 
 void TestActions::shortcutNamesAreSortedExecutables()
@@ -378,10 +356,9 @@ void TestActions::shortcutNamesAreSortedExecutables()
     make("Beta", true);
     make("notes.txt", false);
     make(".hidden", true);
-    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
-    QCOMPARE(ShortcutList::namesIn(dir.path()),
-             (QStringList{QStringLiteral("alpha"), QStringLiteral("Beta"), QStringLiteral("Zeta")}));
-    QVERIFY(ShortcutList::namesIn(dir.filePath(QStringLiteral("missing"))).isEmpty());
+    QVERIFY(QDir(dir.path()).mkdir(u"folder"_s));
+    QCOMPARE(ShortcutList::namesIn(dir.path()), (QStringList{u"alpha"_s, u"Beta"_s, u"Zeta"_s}));
+    QVERIFY(ShortcutList::namesIn(dir.filePath(u"missing"_s)).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestActions)

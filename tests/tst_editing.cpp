@@ -29,21 +29,18 @@ class TestEditing : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lookupFollowsSearchOrder();
-    void detachTakesOnlyTheFirstMatch();
-    void replaceOverwritesInPlace();
-    void uniqueTitleLooksEverywhereItShould();
-    void isContextLooksOnlyInApplicationSets();
+    void findingButtonsByTitle_data();
+    void findingButtonsByTitle();
 
 private Q_SLOTS:
     void barFrameGrowsByEightPixels();
-    void stackMiddlesAndApplicationMiddles();
-    void insertionIgnoresTheDraggedChip();
+    void whereAPointOnTheBarLeads_data();
+    void whereAPointOnTheBarLeads();
     void markerSitsBesideItsNeighbour();
     void draggingFeedbackRespectsLocksAndSets();
-    void reorderingAlongTheBar_data();
-    void reorderingAlongTheBar();
-    void movingIntoAndOutOfStacks();
+    void chipsDroppedAlongTheBarAndIntoStacks_data();
+    void chipsDroppedAlongTheBarAndIntoStacks();
+    void stacksTakeTheColourOfTheirFirstMember();
     void droppedFilesAndLinksBecomeButtons();
     void buttonCommandsChangeTheDocument_data();
     void buttonCommandsChangeTheDocument();
@@ -58,7 +55,6 @@ private Q_SLOTS:
     void everyPresetIsWellFormed();
     void mergeCreatesTheSetAndSkipsWhatIsThere();
     void mergeRenamesTitlesTakenElsewhere();
-    void mergeUsesTheFirstSetOfAnApplication();
     void stripRemovesPresetButtonsAndRenamedCopies();
     void appliedNamesFollowTheSets();
     void frontWindowFindsItsSetByAnyName_data();
@@ -67,18 +63,31 @@ private Q_SLOTS:
 
 namespace {
 
+/// "A B* S[s1(red)] | Editor: C": the bar's titles (colours in parentheses, locked ones starred, stacks'
+/// members in brackets), then each application's set.
+QString layout(const QList<ButtonSpec>& list)
+{
+    QStringList parts;
+    for (const ButtonSpec& spec : list) {
+        parts.append(spec.title + (spec.color ? u'(' + *spec.color + u')' : QString()) +
+                     (spec.isLocked() ? u"*"_s : QString()) +
+                     (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
+    }
+    return parts.join(u' ');
+}
+
+QString layout(const BarConfig& cfg)
+{
+    QString out = layout(cfg.buttons);
+    for (const AppSet& set : cfg.appSets.value_or(QList<AppSet>()))
+        out += u" | "_s + set.app + u": "_s + layout(set.buttons);
+    return out;
+}
+
 /// An "open" button told apart from others of its title by its symbol.
 ButtonSpec symbolled(const QString& title, const QString& symbol)
 {
-    return ButtonSpec::make(title, symbol, QStringLiteral("open"));
-}
-
-ButtonSpec stack(const QString& title, QList<ButtonSpec> members)
-{
-    ButtonSpec spec = button(title);
-    spec.action = QStringLiteral("group");
-    spec.children = std::move(members);
-    return spec;
+    return ButtonSpec::make(title, symbol, u"open"_s);
 }
 
 /// Titles appear in several places on purpose, each copy marked by its symbol.
@@ -86,116 +95,85 @@ BarConfig sample()
 {
     BarConfig config;
     config.buttons = {
-        symbolled(QStringLiteral("A"), QStringLiteral("top")),
-        stack(QStringLiteral("S1"), {symbolled(QStringLiteral("B"), QStringLiteral("s1")),
-                                     stack(QStringLiteral("Inner"), {button(QStringLiteral("Deep"))})}),
-        stack(QStringLiteral("S2"), {symbolled(QStringLiteral("B"), QStringLiteral("s2")),
-                                     symbolled(QStringLiteral("C"), QStringLiteral("s2"))}),
-        button(QStringLiteral("Notes")),
+        symbolled(u"A"_s, u"top"_s),
+        stackOf(u"S1"_s, {symbolled(u"B"_s, u"s1"_s), stackOf(u"Inner"_s, {button(u"Deep"_s)})}),
+        stackOf(u"S2"_s, {symbolled(u"B"_s, u"s2"_s), symbolled(u"C"_s, u"s2"_s)}),
+        button(u"Notes"_s),
+        button(u"Notes 2"_s),
+        button(u"Notes 3"_s),
     };
     config.appSets = QList<AppSet>{
-        {QStringLiteral("x"),
-         QStringLiteral("X"),
-         {symbolled(QStringLiteral("C"), QStringLiteral("set")),
-          symbolled(QStringLiteral("A"), QStringLiteral("set")),
-          stack(QStringLiteral("SetStack"), {button(QStringLiteral("Hidden"))})}},
-        {QStringLiteral("y"), QStringLiteral("Y"), {symbolled(QStringLiteral("D"), QStringLiteral("set2"))}},
+        {u"x"_s,
+         u"X"_s,
+         {symbolled(u"C"_s, u"set"_s), symbolled(u"A"_s, u"set"_s),
+          stackOf(u"SetStack"_s, {button(u"Hidden"_s)})}},
+        {u"y"_s, u"Y"_s, {symbolled(u"D"_s, u"set2"_s)}},
     };
     return config;
 }
 
-QString symbolOf(const std::optional<ButtonSpec>& spec)
-{
-    return spec ? spec->symbol : QStringLiteral("<none>");
-}
-
 } // namespace
 
-void TestEditing::lookupFollowsSearchOrder()
+void TestEditing::findingButtonsByTitle_data()
 {
-    const BarConfig config = sample();
-    QCOMPARE(symbolOf(Editing::button(config, QStringLiteral("A"))), QStringLiteral("top"));
-    QCOMPARE(symbolOf(Editing::button(config, QStringLiteral("B"))), QStringLiteral("s1"));
-    QCOMPARE(symbolOf(Editing::button(config, QStringLiteral("C"))), QStringLiteral("s2"));
-    QCOMPARE(symbolOf(Editing::button(config, QStringLiteral("D"))), QStringLiteral("set2"));
-    // Two levels down, and inside stacks of application sets, nothing is searched.
-    QVERIFY(!Editing::button(config, QStringLiteral("Deep")));
-    QVERIFY(!Editing::button(config, QStringLiteral("Hidden")));
-    QVERIFY(!Editing::button(config, QStringLiteral("a")));
-    QVERIFY(Editing::button(config, QStringLiteral("Inner")));
-}
-
-void TestEditing::detachTakesOnlyTheFirstMatch()
-{
-    BarConfig config = sample();
-    QCOMPARE(symbolOf(Editing::detach(config, QStringLiteral("C"))), QStringLiteral("s2"));
-    QCOMPARE(symbolOf(Editing::detach(config, QStringLiteral("C"))), QStringLiteral("set"));
-    QVERIFY(!Editing::detach(config, QStringLiteral("C")));
-    QCOMPARE(config.buttons.at(2).children->size(), 1);
-    QCOMPARE(config.appSets->first().buttons.first().title, QStringLiteral("A"));
-
-    QCOMPARE(symbolOf(Editing::detach(config, QStringLiteral("A"))), QStringLiteral("top"));
-    QCOMPARE(config.buttons.first().title, QStringLiteral("S1"));
-    QVERIFY(!Editing::detach(config, QStringLiteral("Deep")));
-
+    // The call made with each title in turn on one copy of the sample, what it answers each time (a
+    // button by its symbol, or by its layout when it has none; "-" for none) and the buttons afterwards.
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<QString>("titles"); // separated by "|", as the answers are
+    QTest::addColumn<QString>("answers");
+    QTest::addColumn<QString>("after");
+    const QString untouched =
+        u"A S1[B Inner[Deep]] S2[B C] Notes Notes 2 Notes 3 | x: C A SetStack[Hidden] | y: D"_s;
+    // The bar first, then its stacks' members, then the sets; never deeper, nor inside a set's stacks.
+    QTest::newRow("lookup") << u"button"_s << u"A|B|C|D|Deep|Hidden|a|Inner"_s
+                            << u"top|s1|s2|set2|-|-|-|Inner[Deep]"_s << untouched;
     // A stack leaves with its members.
-    const auto s1 = Editing::detach(config, QStringLiteral("S1"));
-    QCOMPARE(s1->children->size(), 2);
-    QVERIFY(!Editing::button(config, QStringLiteral("Inner")));
+    QTest::newRow("detach takes the first match only")
+        << u"detach"_s << u"C|C|C|A|Deep|S1"_s << u"s2|set|-|top|-|S1[B Inner[Deep]]"_s
+        << u"S2[B] Notes Notes 2 Notes 3 | x: A SetStack[Hidden] | y: D"_s;
+    QTest::newRow("replace overwrites the first match in place")
+        << u"replace"_s << u"B|Nobody|Hidden|Deep"_s << u"yes|no|no|no"_s
+        << u"A S1[B renamed Inner[Deep]] S2[B C] Notes Notes 2 Notes 3 | x: C A SetStack[Hidden] | y: D"_s;
+    QTest::newRow("isContext looks only in the sets")
+        << u"isContext"_s << u"C|A|SetStack|Hidden|Notes"_s << u"yes|yes|yes|no|no"_s << untouched;
+    // Sets and stacks' members count, deeper titles do not; matching is exact.
+    QTest::newRow("unique title") << u"uniqueTitle"_s << u"Fresh|A|D|Inner|Deep|Hidden|notes|Notes|Notes 2"_s
+                                  << u"Fresh|A 2|D 2|Inner 2|Deep|Hidden|notes|Notes 4|Notes 2 2"_s
+                                  << untouched;
+    // A button being renamed may keep its own old title, but not take another's.
+    QTest::newRow("unique title but its own")
+        << u"uniqueTitle Notes"_s << u"Notes|A"_s << u"Notes|A 2"_s << untouched;
+    // The exclusion frees the title itself, however many use it.
+    QTest::newRow("unique title but a shared one") << u"uniqueTitle B"_s << u"B"_s << u"B"_s << untouched;
 }
 
-void TestEditing::replaceOverwritesInPlace()
+void TestEditing::findingButtonsByTitle()
 {
+    QFETCH(QString, call);
+    QFETCH(QString, titles);
+    QFETCH(QString, answers);
+    QFETCH(QString, after);
     BarConfig config = sample();
-    ButtonSpec changed = symbolled(QStringLiteral("B renamed"), QStringLiteral("new"));
-    QVERIFY(Editing::replace(config, QStringLiteral("B"), changed));
-    QCOMPARE(config.buttons.at(1).children->at(0), changed);
-    QCOMPARE(config.buttons.at(2).children->at(0).title, QStringLiteral("B")); // the second copy is untouched
-    QVERIFY(!Editing::replace(config, QStringLiteral("Nobody"), changed));
-    QVERIFY(!Editing::replace(config, QStringLiteral("Hidden"), changed));
-    const BarConfig before = config;
-    QVERIFY(!Editing::replace(config, QStringLiteral("Deep"), changed));
-    QCOMPARE(config, before);
-}
-
-void TestEditing::uniqueTitleLooksEverywhereItShould()
-{
-    const BarConfig config = sample();
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("Fresh")), QStringLiteral("Fresh"));
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("A")), QStringLiteral("A 2"));
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("D")),
-             QStringLiteral("D 2")); // application sets count
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("Inner")), QStringLiteral("Inner 2"));
-    // Titles deeper than a stack's members are not collected.
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("Deep")), QStringLiteral("Deep"));
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("Hidden")), QStringLiteral("Hidden"));
-    // Matching is exact.
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("notes")), QStringLiteral("notes"));
-
-    BarConfig numbered = config;
-    numbered.buttons.append(button(QStringLiteral("Notes 2")));
-    numbered.buttons.append(button(QStringLiteral("Notes 3")));
-    QCOMPARE(Editing::uniqueTitle(numbered, QStringLiteral("Notes")), QStringLiteral("Notes 4"));
-    QCOMPARE(Editing::uniqueTitle(numbered, QStringLiteral("Notes 2")), QStringLiteral("Notes 2 2"));
-
-    // Excluding a button's own old title lets it keep that title, but not take another's.
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("Notes"), QStringLiteral("Notes")),
-             QStringLiteral("Notes"));
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("A"), QStringLiteral("Notes")),
-             QStringLiteral("A 2"));
-    // A title used twice stays taken after excluding it once? No: the exclusion removes the title itself.
-    QCOMPARE(Editing::uniqueTitle(config, QStringLiteral("B"), QStringLiteral("B")), QStringLiteral("B"));
-}
-
-void TestEditing::isContextLooksOnlyInApplicationSets()
-{
-    const BarConfig config = sample();
-    QVERIFY(Editing::isContext(config, QStringLiteral("C")));
-    QVERIFY(Editing::isContext(config, QStringLiteral("A")));
-    QVERIFY(Editing::isContext(config, QStringLiteral("SetStack")));
-    QVERIFY(!Editing::isContext(config, QStringLiteral("Hidden")));
-    QVERIFY(!Editing::isContext(config, QStringLiteral("Notes")));
-    QVERIFY(!Editing::isContext(BarConfig(), QStringLiteral("A")));
+    const auto shown = [](const std::optional<ButtonSpec>& spec) {
+        return !spec ? u"-"_s : spec->symbol.isEmpty() ? layout(QList{*spec}) : spec->symbol;
+    };
+    const auto yes = [](bool answer) { return answer ? u"yes"_s : u"no"_s; };
+    QStringList got;
+    for (const QString& title : titles.split(u'|')) {
+        if (call == u"button")
+            got << shown(Editing::button(config, title));
+        else if (call == u"detach")
+            got << shown(Editing::detach(config, title));
+        else if (call == u"replace")
+            got << yes(Editing::replace(config, title, symbolled(u"B renamed"_s, u"new"_s)));
+        else if (call == u"isContext") // and never in a document without sets
+            got << yes(Editing::isContext(config, title) && !Editing::isContext(BarConfig(), title));
+        else
+            got << Editing::uniqueTitle(
+                config, title, call.contains(u' ') ? std::optional(call.section(u' ', 1)) : std::nullopt);
+    }
+    QCOMPARE(got.join(u'|'), answers);
+    QCOMPARE(layout(config), after);
 }
 
 namespace {
@@ -242,49 +220,63 @@ void TestEditing::barFrameGrowsByEightPixels()
              DropTarget::insertAt(1));
 }
 
-void TestEditing::stackMiddlesAndApplicationMiddles()
+void TestEditing::whereAPointOnTheBarLeads_data()
 {
-    BarConfig cfg = five();
-    cfg.buttons[1].action = QStringLiteral("group");
-    cfg.buttons[3].action = QStringLiteral("app");
-    const auto frames = framesOf(cfg); // "2" spans 122..202, "4" spans 298..378
-    const auto hit = [&](double x, double y, bool groups, bool apps) {
-        return DropTargets::local(QPointF(x, y), std::nullopt, groups, apps, cfg, {}, frames);
+    // Chips "1" to "5" span 34..114, 122..202, 210..290, 298..378, 386..466; "2" is a stack, "4" an
+    // application, and the front application's "Editor" follows at 474..554.
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<QString>("dragged");  // a chip of the bar, left out of the insertion points
+    QTest::addColumn<bool>("groups");      // stacks may take it
+    QTest::addColumn<bool>("apps");        // applications may open it
+    QTest::addColumn<QString>("unframed"); // a chip without a frame, as in the overflow
+    QTest::addColumn<QString>("target");
+    const auto row = [](const char* name, QPointF point, bool groups, bool apps, const char* target,
+                        const char* dragged = "", const char* unframed = "") {
+        QTest::newRow(name) << point << QString::fromUtf8(dragged) << groups << apps
+                            << QString::fromUtf8(unframed) << QString::fromUtf8(target);
     };
-    QCOMPARE(hit(162, 6 - 15, true, false),
-             DropTarget::intoGroup(QStringLiteral("2")));                // 15 above its middle
-    QCOMPARE(hit(122 + 15.9, 20, true, false), DropTarget::insertAt(1)); // its outer fifth
-    QCOMPARE(hit(122 + 16, 20, true, false), DropTarget::intoGroup(QStringLiteral("2")));
-    QCOMPARE(hit(202 - 16, 20, true, false),
-             DropTarget::insertAt(2)); // the far edge of the middle belongs outside
-    QCOMPARE(hit(162, 20, false, false), DropTarget::insertAt(1)); // a stack dragged onto a stack
-    QCOMPARE(hit(338, 20, true, true), DropTarget::openWith(QStringLiteral("4")));
-    QCOMPARE(hit(298 + 11, 20, true, true), DropTarget::insertAt(3)); // outside the middle 70 %
-    QCOMPARE(hit(338, 20, true, false), DropTarget::insertAt(3));     // its own midpoint is not "before"
-
+    row("15 above a stack's middle", {162, 6 - 15}, true, false, "into 2");
+    row("a stack's outer fifth", {122 + 15.9, 20}, true, false, "insert 1");
+    row("a stack's middle begins", {122 + 16, 20}, true, false, "into 2");
+    row("the far edge of the middle belongs outside", {202 - 16, 20}, true, false, "insert 2");
+    row("a stack dragged onto a stack", {162, 20}, false, false, "insert 1");
+    row("an application's middle", {338, 20}, true, true, "open 4");
+    row("outside an application's middle 70 %", {298 + 11, 20}, true, true, "insert 3");
+    row("an application's own midpoint is not before it", {338, 20}, true, false, "insert 3");
     // The front application's chips can be opened with, but are never insertion points.
-    const ButtonSpec editor = button(QStringLiteral("Editor"), QStringLiteral("app"));
-    const auto withSet = framesOf(cfg, {editor}); // "Editor" spans 474..554
-    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, true, cfg, {editor}, withSet),
-             DropTarget::openWith(QStringLiteral("Editor")));
-    QCOMPARE(DropTargets::local(QPointF(514, 20), std::nullopt, true, false, cfg, {editor}, withSet),
-             DropTarget::insertAt(5));
+    row("the front application's chip", {514, 20}, true, true, "open Editor");
+    row("past the front application's chip", {514, 20}, true, false, "insert 5");
+    // Slightly within its own slot: the index it already has once taken out.
+    row("a dragged chip over its own slot", {220, 20}, true, false, "insert 2", "3");
+    row("a dragged chip at the start", {0, 20}, true, false, "insert 0", "3");
+    row("a chip without a frame never counts", {1000, 20}, true, false, "insert 4", "", "1");
 }
 
-void TestEditing::insertionIgnoresTheDraggedChip()
+void TestEditing::whereAPointOnTheBarLeads()
 {
-    const BarConfig cfg = five();
-    auto frames = framesOf(cfg);
-    // Slightly within its own slot: the index it already has once taken out.
-    QCOMPARE(DropTargets::local(QPointF(220, 20), QStringLiteral("3"), true, false, cfg, {}, frames),
-             DropTarget::insertAt(2));
-    QCOMPARE(DropTargets::local(QPointF(0, 20), QStringLiteral("3"), true, false, cfg, {}, frames),
-             DropTarget::insertAt(0));
-    // A chip without a frame is never counted.
-    frames.remove(QStringLiteral("1"));
-    QCOMPARE(DropTargets::local(QPointF(1000, 20), std::nullopt, true, false, cfg, {}, frames),
-             DropTarget::insertAt(4));
-    QCOMPARE(DropTargets::local(QPointF(10, 20), std::nullopt, true, false, BarConfig(), {}, {}),
+    QFETCH(QPointF, point);
+    QFETCH(QString, dragged);
+    QFETCH(bool, groups);
+    QFETCH(bool, apps);
+    QFETCH(QString, unframed);
+    QFETCH(QString, target);
+    BarConfig cfg = five();
+    cfg.buttons[1].action = u"group"_s;
+    cfg.buttons[3].action = u"app"_s;
+    const ButtonSpec editor = button(u"Editor"_s, u"app"_s);
+    auto frames = framesOf(cfg, {editor});
+    frames.remove(unframed);
+    const DropTarget hit =
+        DropTargets::local(point, dragged.isEmpty() ? std::nullopt : std::optional(dragged), groups, apps,
+                           cfg, {editor}, frames);
+    using Kind = DropTarget::Kind;
+    QCOMPARE(hit.kind == Kind::IntoGroup  ? u"into "_s + hit.title
+             : hit.kind == Kind::OpenWith ? u"open "_s + hit.title
+             : hit.kind == Kind::InsertAt ? u"insert %1"_s.arg(hit.index)
+                                          : u"outside"_s,
+             target);
+    // An empty bar has only its start.
+    QCOMPARE(DropTargets::local(point, std::nullopt, groups, apps, BarConfig(), {}, {}),
              DropTarget::insertAt(0));
 }
 
@@ -293,32 +285,29 @@ void TestEditing::markerSitsBesideItsNeighbour()
     const BarConfig cfg = five();
     const auto frames = framesOf(cfg);
     using std::nullopt;
-    QCOMPARE(
-        DropTargets::feedback(DropTarget::insertAt(0), QStringLiteral("1"), nullopt, cfg, frames).markerX,
-        std::optional<double>(122 - 4)); // the new first chip is "2"
+    QCOMPARE(DropTargets::feedback(DropTarget::insertAt(0), u"1"_s, nullopt, cfg, frames).markerX,
+             std::optional<double>(122 - 4)); // the new first chip is "2"
     QCOMPARE(DropTargets::feedback(DropTarget::insertAt(2), nullopt, nullopt, cfg, frames).markerX,
              std::optional<double>(202 + 4));
     QCOMPARE(DropTargets::feedback(DropTarget::insertAt(0), nullopt, nullopt, BarConfig(), {}).markerX,
              std::optional<double>(8));
     QCOMPARE(DropTargets::feedback(DropTarget::insertAt(1), nullopt, nullopt, cfg, {}).markerX,
              std::optional<double>(4));
-    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(QStringLiteral("S")), nullopt, QStringLiteral("S"),
-                                   cfg, frames),
+    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(u"S"_s), nullopt, u"S"_s, cfg, frames),
              DropFeedback());
-    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(QStringLiteral("S")), nullopt, QStringLiteral("T"),
-                                   cfg, frames),
-             (DropFeedback{nullopt, QStringLiteral("S")}));
-    QCOMPARE(DropTargets::feedback(DropTarget::openWith(QStringLiteral("A")), nullopt, nullopt, cfg, frames),
-             (DropFeedback{nullopt, QStringLiteral("A")}));
+    QCOMPARE(DropTargets::feedback(DropTarget::intoGroup(u"S"_s), nullopt, u"T"_s, cfg, frames),
+             (DropFeedback{nullopt, u"S"_s}));
+    QCOMPARE(DropTargets::feedback(DropTarget::openWith(u"A"_s), nullopt, nullopt, cfg, frames),
+             (DropFeedback{nullopt, u"A"_s}));
     QCOMPARE(DropTargets::feedback(DropTarget::outside(), nullopt, nullopt, cfg, frames), DropFeedback());
 }
 
 void TestEditing::draggingFeedbackRespectsLocksAndSets()
 {
     BarConfig cfg = five();
-    cfg.buttons[0].action = QStringLiteral("group");
-    cfg.buttons[0].children = QList<ButtonSpec>{button(QStringLiteral("member"))};
-    cfg.appSets = QList<AppSet>{{QStringLiteral("x"), QStringLiteral("X"), {button(QStringLiteral("own"))}}};
+    cfg.buttons[0].action = u"group"_s;
+    cfg.buttons[0].children = QList<ButtonSpec>{button(u"member"_s)};
+    cfg.appSets = QList<AppSet>{{u"x"_s, u"X"_s, {button(u"own"_s)}}};
     const auto frames = framesOf(cfg);
     const QPointF overStack(500 + 74, 820);
     const QPointF betweenChips(500 + 210, 820);
@@ -326,114 +315,88 @@ void TestEditing::draggingFeedbackRespectsLocksAndSets()
     ButtonSpec locked = cfg.buttons[3];
     locked.locked = true;
     QVERIFY(!DragEditing::dragFeedback(locked, betweenChips, bar, cfg, frames));
-    QCOMPARE(DragEditing::dragFeedback(button(QStringLiteral("own")), betweenChips, bar, cfg, frames),
-             DropFeedback());
-    QCOMPARE(
-        DragEditing::dragFeedback(button(QStringLiteral("own")), overStack, bar, cfg, frames)->highlightGroup,
-        std::optional<QString>(QStringLiteral("1")));
+    QCOMPARE(DragEditing::dragFeedback(button(u"own"_s), betweenChips, bar, cfg, frames), DropFeedback());
+    QCOMPARE(DragEditing::dragFeedback(button(u"own"_s), overStack, bar, cfg, frames)->highlightGroup,
+             std::optional<QString>(u"1"_s));
     // A member over its own stack shows nothing; over the bar it shows where it would land.
-    QCOMPARE(DragEditing::dragFeedback(button(QStringLiteral("member")), overStack, bar, cfg, frames),
-             DropFeedback());
-    QVERIFY(
-        DragEditing::dragFeedback(button(QStringLiteral("member")), betweenChips, bar, cfg, frames)->markerX);
+    QCOMPARE(DragEditing::dragFeedback(button(u"member"_s), overStack, bar, cfg, frames), DropFeedback());
+    QVERIFY(DragEditing::dragFeedback(button(u"member"_s), betweenChips, bar, cfg, frames)->markerX);
 }
 
-void TestEditing::reorderingAlongTheBar_data()
+void TestEditing::chipsDroppedAlongTheBarAndIntoStacks_data()
 {
-    QTest::addColumn<QString>("moved");
-    QTest::addColumn<int>("at"); // the marker's place, -1: outside the bar
-    QTest::addColumn<QString>("after");
+    // On the bar "1[m1(red) m2 5] 2[] 3(purple) 4 5 | x: own": a stack whose first member is red, an empty
+    // uncoloured one, and the front application's set.
+    QTest::addColumn<QString>("dragged");
+    QTest::addColumn<QString>("target"); // "at N", "into T" or "outside"
     QTest::addColumn<int>("outcome");
+    QTest::addColumn<QString>("after");
     const int changed = int(DragEditing::Outcome::Changed);
     const int unchanged = int(DragEditing::Outcome::Unchanged);
-    QTest::newRow("to the front") << QStringLiteral("3") << 0 << QStringLiteral("31245") << changed;
-    QTest::newRow("to the end") << QStringLiteral("3") << 4 << QStringLiteral("12453") << changed;
+    const QString before = u"1[m1(red) m2 5] 2[] 3(purple) 4 5 | x: own"_s;
+    const auto row = [](const char* name, const char* dragged, const char* target, int outcome,
+                        const QString& after) {
+        QTest::newRow(name) << QString::fromUtf8(dragged) << QString::fromUtf8(target) << outcome << after;
+    };
+    row("to the front", "3", "at 0", changed, u"3(purple) 1[m1(red) m2 5] 2[] 4 5 | x: own"_s);
+    row("to the end", "3", "at 4", changed, u"1[m1(red) m2 5] 2[] 4 5 3(purple) | x: own"_s);
     // Back where it was is still a change to commit.
-    QTest::newRow("to its own place") << QStringLiteral("3") << 2 << QStringLiteral("12345") << changed;
-    QTest::newRow("outside") << QStringLiteral("3") << -1 << QStringLiteral("12345") << unchanged;
-    QTest::newRow("a chip that is not there")
-        << QStringLiteral("ghost") << 0 << QStringLiteral("12345") << unchanged;
-}
-
-void TestEditing::reorderingAlongTheBar()
-{
-    QFETCH(QString, moved);
-    QFETCH(int, at);
-    QFETCH(QString, after);
-    QFETCH(int, outcome);
-    BarConfig cfg = five();
-    const ButtonSpec chip = moved == QLatin1String("ghost") ? button(moved) : cfg.buttons[moved.toInt() - 1];
-    QCOMPARE(int(DragEditing::dropChip(cfg, chip, at < 0 ? DropTarget::outside() : DropTarget::insertAt(at))),
-             outcome);
-    QCOMPARE(titles(cfg.buttons).join(QString()), after);
-    if (after == QLatin1String("12345"))
-        QCOMPARE(cfg, five());
-}
-
-void TestEditing::movingIntoAndOutOfStacks()
-{
-    BarConfig cfg = five();
-    cfg.buttons[0].action = QStringLiteral("group");
-    ButtonSpec red = button(QStringLiteral("m1"));
-    red.color = QStringLiteral("red");
-    cfg.buttons[0].children = QList<ButtonSpec>{red, button(QStringLiteral("m2"))};
-    cfg.buttons[1].action = QStringLiteral("group"); // empty, uncoloured
-    ButtonSpec purple = cfg.buttons[2];
-    purple.color = QStringLiteral("purple");
-    cfg.buttons[2] = purple;
-    cfg.appSets = QList<AppSet>{{QStringLiteral("x"), QStringLiteral("X"), {button(QStringLiteral("own"))}}};
-
-    // Into a stack whose first member is red: the chip turns red and goes to the end.
-    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[3], DropTarget::intoGroup(QStringLiteral("1"))),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(titles(*cfg.buttons[0].children),
-             (QStringList{QStringLiteral("m1"), QStringLiteral("m2"), QStringLiteral("4")}));
-    QCOMPARE(cfg.buttons[0].children->last().color, std::optional<QString>(QStringLiteral("red")));
-    // Into an empty uncoloured stack: it keeps its own colour.
-    QCOMPARE(DragEditing::dropChip(cfg, purple, DropTarget::intoGroup(QStringLiteral("2"))),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(cfg.buttons[1].children->first().color, std::optional<QString>(QStringLiteral("purple")));
-    // A member back onto its own stack, and a stack into a stack: nothing.
-    QCOMPARE(
-        DragEditing::dropChip(cfg, button(QStringLiteral("m2")), DropTarget::intoGroup(QStringLiteral("1"))),
-        DragEditing::Outcome::Unchanged);
-    QCOMPARE(DragEditing::dropChip(cfg, cfg.buttons[1], DropTarget::intoGroup(QStringLiteral("1"))),
-             DragEditing::Outcome::Unchanged);
-    // A member out onto the bar lands at the marker.
-    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("m2")), DropTarget::insertAt(1)),
-             DragEditing::Outcome::Changed);
-    QCOMPARE(cfg.buttons[1].title, QStringLiteral("m2"));
-    QCOMPARE(cfg.buttons[0].children->size(), 2);
+    row("to its own place", "3", "at 2", changed, before);
+    row("outside", "3", "outside", unchanged, before);
+    row("a chip that is not there", "ghost", "at 0", unchanged, before);
+    // Into a stack the chip goes last, in the colour of the first member; an uncoloured one keeps its own.
+    row("into a stack", "4", "into 1", changed, u"1[m1(red) m2 5 4(red)] 2[] 3(purple) 5 | x: own"_s);
+    row("into an empty stack", "3", "into 2", changed, u"1[m1(red) m2 5] 2[3(purple)] 4 5 | x: own"_s);
+    row("a member onto its own stack", "m2", "into 1", unchanged, before);
+    row("a stack into a stack", "2", "into 1", unchanged, before);
+    row("a member out onto the bar", "m2", "at 1", changed, u"1[m1(red) 5] m2 2[] 3(purple) 4 5 | x: own"_s);
     // ... unless a top-level button has its title.
-    cfg.buttons[0].children->append(button(QStringLiteral("5")));
-    const BarConfig before = cfg;
-    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("5")), DropTarget::insertAt(0)),
-             DragEditing::Outcome::Refused);
-    QCOMPARE(cfg, before);
-    // Application-set buttons only go into stacks.
-    QCOMPARE(DragEditing::dropChip(cfg, button(QStringLiteral("own")), DropTarget::insertAt(0)),
-             DragEditing::Outcome::Unchanged);
-    QCOMPARE(
-        DragEditing::dropChip(cfg, button(QStringLiteral("own")), DropTarget::intoGroup(QStringLiteral("1"))),
-        DragEditing::Outcome::Changed);
-    QVERIFY(cfg.appSets->first().buttons.isEmpty());
+    row("a member whose title is on the bar", "5", "at 0", int(DragEditing::Outcome::Refused), before);
+    // The front application's buttons only go into stacks.
+    row("a set's button onto the bar", "own", "at 0", unchanged, before);
+    row("a set's button into a stack", "own", "into 1", changed,
+        u"1[m1(red) m2 5 own(red)] 2[] 3(purple) 4 5 | x: "_s);
+}
 
-    QCOMPARE(DragEditing::stackColour(button(QStringLiteral("s"), QStringLiteral("group"))), std::nullopt);
-    ButtonSpec urls = button(QStringLiteral("s"), QStringLiteral("group"));
-    urls.children = QList<ButtonSpec>{button(QStringLiteral("u"), QStringLiteral("url"))};
-    QCOMPARE(DragEditing::stackColour(urls), std::optional<QString>(QStringLiteral("green")));
+void TestEditing::chipsDroppedAlongTheBarAndIntoStacks()
+{
+    QFETCH(QString, dragged);
+    QFETCH(QString, target);
+    QFETCH(int, outcome);
+    QFETCH(QString, after);
+    ButtonSpec red = button(u"m1"_s);
+    red.color = u"red"_s;
+    BarConfig cfg = five();
+    cfg.buttons[0] = stackOf(u"1"_s, {red, button(u"m2"_s), button(u"5"_s)});
+    cfg.buttons[1] = stackOf(u"2"_s);
+    cfg.buttons[2].color = u"purple"_s;
+    cfg.appSets = QList<AppSet>{{u"x"_s, u"X"_s, {button(u"own"_s)}}};
+    const ButtonSpec chip = Editing::button(cfg, dragged).value_or(button(dragged));
+    const QString where = target.section(u' ', 1);
+    const DropTarget drop = target == u"outside"       ? DropTarget::outside()
+                            : target.startsWith(u"at") ? DropTarget::insertAt(where.toInt())
+                                                       : DropTarget::intoGroup(where);
+    QCOMPARE(int(DragEditing::dropChip(cfg, chip, drop)), outcome);
+    QCOMPARE(layout(cfg), after);
+}
+
+void TestEditing::stacksTakeTheColourOfTheirFirstMember()
+{
+    QCOMPARE(DragEditing::stackColour(button(u"s"_s, u"group"_s)), std::nullopt);
+    QCOMPARE(DragEditing::stackColour(stackOf(u"s"_s, {button(u"u"_s, u"url"_s)})),
+             std::optional<QString>(u"green"_s));
 }
 
 void TestEditing::droppedFilesAndLinksBecomeButtons()
 {
     QTemporaryDir dir;
-    const QString folder = dir.filePath(QStringLiteral("Projects"));
+    const QString folder = dir.filePath(u"Projects"_s);
     QVERIFY(QDir().mkpath(folder));
-    QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("Sketchpad.app"))));
+    QVERIFY(QDir().mkpath(dir.filePath(u"Sketchpad.app"_s)));
     // Installed where the menus look; the same file anywhere else is a stray document.
     qputenv("XDG_DATA_HOME", QFile::encodeName(dir.path()));
-    QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("applications"))));
-    const QString entry = dir.filePath(QStringLiteral("applications/org.example.Editor.desktop"));
+    QVERIFY(QDir().mkpath(dir.filePath(u"applications"_s)));
+    const QString entry = dir.filePath(u"applications/org.example.Editor.desktop"_s);
     QFile file(entry);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("[Desktop Entry]\nName[de]=Bearbeiter\nName = Fancy Editor\nExec=editor\n[Desktop Action "
@@ -442,47 +405,42 @@ void TestEditing::droppedFilesAndLinksBecomeButtons()
 
     BarConfig cfg = five();
     const ButtonSpec projects = DragEditing::specForFile(folder, cfg);
-    QCOMPARE(projects.action, QStringLiteral("folder"));
-    QCOMPARE(projects.symbol, QStringLiteral("folder"));
+    QCOMPARE(projects.action, u"folder"_s);
+    QCOMPARE(projects.symbol, u"folder"_s);
     QVERIFY(!projects.iconPath);
-    const ButtonSpec sketchpad = DragEditing::specForFile(dir.filePath(QStringLiteral("Sketchpad.app")), cfg);
-    QCOMPARE(sketchpad.title, QStringLiteral("Sketchpad"));
-    QCOMPARE(sketchpad.action, QStringLiteral("app"));
-    QCOMPARE(sketchpad.symbol, QStringLiteral("app"));
+    const ButtonSpec sketchpad = DragEditing::specForFile(dir.filePath(u"Sketchpad.app"_s), cfg);
+    QCOMPARE(sketchpad.title, u"Sketchpad"_s);
+    QCOMPARE(sketchpad.action, u"app"_s);
+    QCOMPARE(sketchpad.symbol, u"app"_s);
     const ButtonSpec editor = DragEditing::specForFile(entry, cfg);
-    QCOMPARE(editor.title, QStringLiteral("Fancy Editor"));
+    QCOMPARE(editor.title, u"Fancy Editor"_s);
     QCOMPARE(editor.argument, std::optional<QString>(entry));
     QCOMPARE(editor.iconPath, std::optional<QString>(entry));
-    const QString stray = dir.filePath(QStringLiteral("Editor.desktop"));
+    const QString stray = dir.filePath(u"Editor.desktop"_s);
     QVERIFY(QFile::copy(entry, stray));
-    QCOMPARE(DragEditing::specForFile(stray, cfg).action, QStringLiteral("open"));
-    const ButtonSpec document = DragEditing::specForFile(dir.filePath(QStringLiteral("3")), cfg);
-    QCOMPARE(document.title, QStringLiteral("3 2")); // titles stay unique
-    QCOMPARE(document.action, QStringLiteral("open"));
-    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("/Downloads")),
-             QStringLiteral("~/Downloads"));
-    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + QStringLiteral("x/y")),
-             QDir::homePath() + QStringLiteral("x/y"));
+    QCOMPARE(DragEditing::specForFile(stray, cfg).action, u"open"_s);
+    const ButtonSpec document = DragEditing::specForFile(dir.filePath(u"3"_s), cfg);
+    QCOMPARE(document.title, u"3 2"_s); // titles stay unique
+    QCOMPARE(document.action, u"open"_s);
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + u"/Downloads"_s), u"~/Downloads"_s);
+    QCOMPARE(Paths::abbreviateHome(QDir::homePath() + u"x/y"_s), QDir::homePath() + u"x/y"_s);
 
-    const QUrl link(QStringLiteral("https://www.example.org/page?q=1"));
-    QCOMPARE(DragEditing::specForLink(link, cfg).title, QStringLiteral("example.org"));
+    const QUrl link(u"https://www.example.org/page?q=1"_s);
+    QCOMPARE(DragEditing::specForLink(link, cfg).title, u"example.org"_s);
     QCOMPARE(DragEditing::specForLink(link, cfg).argument, std::optional<QString>(link.toString()));
-    QCOMPARE(DragEditing::specForLink(QUrl(QStringLiteral("mailto:me@example.org")), cfg).title,
-             QStringLiteral("mailto:me@example.org"));
+    QCOMPARE(DragEditing::specForLink(QUrl(u"mailto:me@example.org"_s), cfg).title,
+             u"mailto:me@example.org"_s);
 
     // Several items at one insertion point: reverse order. Into a stack: in order, in its colour.
-    const QList<QUrl> three = {QUrl::fromLocalFile(dir.filePath(QStringLiteral("A"))),
-                               QUrl::fromLocalFile(dir.filePath(QStringLiteral("B"))), link};
+    const QList<QUrl> three = {QUrl::fromLocalFile(dir.filePath(u"A"_s)),
+                               QUrl::fromLocalFile(dir.filePath(u"B"_s)), link};
     DragEditing::dropItems(cfg, three, DropTarget::insertAt(1));
-    QCOMPARE(titles(cfg.buttons).mid(0, 5),
-             (QStringList{QStringLiteral("1"), QStringLiteral("example.org"), QStringLiteral("B"),
-                          QStringLiteral("A"), QStringLiteral("2")}));
-    cfg.buttons[0].action = QStringLiteral("group");
-    cfg.buttons[0].color = QStringLiteral("yellow");
-    DragEditing::dropItems(cfg, three, DropTarget::intoGroup(QStringLiteral("1")));
-    QCOMPARE(titles(*cfg.buttons[0].children),
-             (QStringList{QStringLiteral("A 2"), QStringLiteral("B 2"), QStringLiteral("example.org 2")}));
-    QCOMPARE(cfg.buttons[0].children->first().color, std::optional<QString>(QStringLiteral("yellow")));
+    QCOMPARE(titles(cfg.buttons).mid(0, 5), (QStringList{u"1"_s, u"example.org"_s, u"B"_s, u"A"_s, u"2"_s}));
+    cfg.buttons[0].action = u"group"_s;
+    cfg.buttons[0].color = u"yellow"_s;
+    DragEditing::dropItems(cfg, three, DropTarget::intoGroup(u"1"_s));
+    QCOMPARE(titles(*cfg.buttons[0].children), (QStringList{u"A 2"_s, u"B 2"_s, u"example.org 2"_s}));
+    QCOMPARE(cfg.buttons[0].children->first().color, std::optional<QString>(u"yellow"_s));
 }
 
 namespace {
@@ -493,45 +451,40 @@ using Kind = TapRouting::Route::Kind;
 
 void TestEditing::barTapsOpenCloseOrRun()
 {
-    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
+    ButtonSpec stack = button(u"Files"_s, u"group"_s);
     QCOMPARE(TapRouting::onBar(stack, std::nullopt).kind, Kind::OpenStack);
     QVERIFY(TapRouting::onBar(stack, std::nullopt).items.isEmpty()); // no members: an empty flyout
-    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
-    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Apps")).items.size(), 1);
-    QCOMPARE(TapRouting::onBar(stack, QStringLiteral("Files")).kind, Kind::CloseFlyout);
+    stack.children = QList<ButtonSpec>{button(u"a"_s, u"open"_s)};
+    QCOMPARE(TapRouting::onBar(stack, u"Apps"_s).items.size(), 1);
+    QCOMPARE(TapRouting::onBar(stack, u"Files"_s).kind, Kind::CloseFlyout);
 
-    const ButtonSpec folder =
-        button(QStringLiteral("Docs"), QStringLiteral("folder"), QStringLiteral("~/Documents"));
-    const auto route = TapRouting::onBar(folder, QStringLiteral("Files"));
+    const ButtonSpec folder = button(u"Docs"_s, u"folder"_s, u"~/Documents"_s);
+    const auto route = TapRouting::onBar(folder, u"Files"_s);
     QCOMPARE(route.kind, Kind::OpenFolder);
-    QCOMPARE(route.path, QStringLiteral("~/Documents"));
-    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("~/Documents")));
-    QCOMPARE(route.id, QStringLiteral("Docs"));
-    QCOMPARE(TapRouting::onBar(folder, QStringLiteral("Docs")).kind, Kind::CloseFlyout);
-    const auto home =
-        TapRouting::onBar(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt);
-    QCOMPARE(home.path, QStringLiteral("~"));
+    QCOMPARE(route.path, u"~/Documents"_s);
+    QCOMPARE(route.root, std::optional<QString>(u"~/Documents"_s));
+    QCOMPARE(route.id, u"Docs"_s);
+    QCOMPARE(TapRouting::onBar(folder, u"Docs"_s).kind, Kind::CloseFlyout);
+    const auto home = TapRouting::onBar(button(u"Home"_s, u"folder"_s), std::nullopt);
+    QCOMPARE(home.path, u"~"_s);
     QVERIFY(!home.root);
 
     // Everything else runs, even with its own title's flyout open.
-    QCOMPARE(
-        TapRouting::onBar(button(QStringLiteral("Help"), QStringLiteral("url")), QStringLiteral("Help")).kind,
-        Kind::Run);
-    QCOMPARE(TapRouting::onBar(button(QStringLiteral("x"), QStringLiteral("Group")), std::nullopt).kind,
-             Kind::Run);
+    QCOMPARE(TapRouting::onBar(button(u"Help"_s, u"url"_s), u"Help"_s).kind, Kind::Run);
+    QCOMPARE(TapRouting::onBar(button(u"x"_s, u"Group"_s), std::nullopt).kind, Kind::Run);
 
     // A tap asked for by a command hangs from the chip, the chip of its stack, or the first place.
     BarConfig config;
-    config.buttons = {button(QStringLiteral("Help"), QStringLiteral("url")), stack};
-    const QHash<QString, QRectF> frames{{QStringLiteral("Help"), QRectF(12, 0, 60, 40)},
-                                        {QStringLiteral("Files"), QRectF(80, 0, 70, 40)}};
-    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("Files")), QRectF(80, 0, 70, 40));
-    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("a")), QRectF(80, 0, 70, 40));
-    QCOMPARE(TapRouting::anchorFor(config, frames, QStringLiteral("in a set")), QRectF(12, 0, 100, 40));
+    config.buttons = {button(u"Help"_s, u"url"_s), stack};
+    const QHash<QString, QRectF> frames{{u"Help"_s, QRectF(12, 0, 60, 40)},
+                                        {u"Files"_s, QRectF(80, 0, 70, 40)}};
+    QCOMPARE(TapRouting::anchorFor(config, frames, u"Files"_s), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, u"a"_s), QRectF(80, 0, 70, 40));
+    QCOMPARE(TapRouting::anchorFor(config, frames, u"in a set"_s), QRectF(12, 0, 100, 40));
 
     // The overflow chip opens its flyout, a second tap closes it; a stack of that name does not count.
     const QList<ButtonSpec> overflowed = {stack, folder};
-    const auto overflow = TapRouting::onOverflow(overflowed, QStringLiteral("Files"));
+    const auto overflow = TapRouting::onOverflow(overflowed, u"Files"_s);
     QCOMPARE(overflow.kind, Kind::OpenStack);
     QCOMPARE(overflow.items.size(), 2);
     QCOMPARE(TapRouting::onOverflow(overflowed, TapRouting::overflowId()).kind, Kind::CloseFlyout);
@@ -540,55 +493,48 @@ void TestEditing::barTapsOpenCloseOrRun()
 
 void TestEditing::flyoutRowsWalkListingsInPlace()
 {
-    const ButtonSpec sub =
-        button(QStringLiteral("sub"), QStringLiteral("folder"), QStringLiteral("/data/sub"));
-    auto route = TapRouting::inFlyout(sub, QStringLiteral("Docs"), QStringLiteral("/data"));
+    const ButtonSpec sub = button(u"sub"_s, u"folder"_s, u"/data/sub"_s);
+    auto route = TapRouting::inFlyout(sub, u"Docs"_s, u"/data"_s);
     QCOMPARE(route.kind, Kind::OpenFolder);
-    QCOMPARE(route.path, QStringLiteral("/data/sub"));
-    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data"))); // the walk keeps its root
-    QCOMPARE(route.id, QStringLiteral("Docs"));
+    QCOMPARE(route.path, u"/data/sub"_s);
+    QCOMPARE(route.root, std::optional<QString>(u"/data"_s)); // the walk keeps its root
+    QCOMPARE(route.id, u"Docs"_s);
 
-    const ButtonSpec up =
-        button(QStringLiteral("‹ data"), QStringLiteral("navigate"), QStringLiteral("/data"));
-    QCOMPARE(TapRouting::inFlyout(up, QStringLiteral("Docs"), QStringLiteral("/data")).path,
-             QStringLiteral("/data"));
+    const ButtonSpec up = button(u"‹ data"_s, u"navigate"_s, u"/data"_s);
+    QCOMPARE(TapRouting::inFlyout(up, u"Docs"_s, u"/data"_s).path, u"/data"_s);
 
     // A folder member of a stack starts a listing rooted at itself.
-    route = TapRouting::inFlyout(sub, QStringLiteral("Files"), std::nullopt);
-    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
-    route = TapRouting::inFlyout(button(QStringLiteral("Home"), QStringLiteral("folder")), std::nullopt,
-                                 std::nullopt);
-    QCOMPARE(route.path, QStringLiteral("~"));
-    QCOMPARE(route.id, QStringLiteral("Home"));
+    route = TapRouting::inFlyout(sub, u"Files"_s, std::nullopt);
+    QCOMPARE(route.root, std::optional<QString>(u"/data/sub"_s));
+    route = TapRouting::inFlyout(button(u"Home"_s, u"folder"_s), std::nullopt, std::nullopt);
+    QCOMPARE(route.path, u"~"_s);
+    QCOMPARE(route.id, u"Home"_s);
 
-    QCOMPARE(TapRouting::inFlyout(
-                 button(QStringLiteral("a.txt"), QStringLiteral("open"), QStringLiteral("/a.txt")),
-                 QStringLiteral("Docs"), QStringLiteral("/data"))
-                 .kind,
+    QCOMPARE(TapRouting::inFlyout(button(u"a.txt"_s, u"open"_s, u"/a.txt"_s), u"Docs"_s, u"/data"_s).kind,
              Kind::Run);
 
     // In the overflow's flyout a stack opens its own flyout and a folder its listing, as on the bar.
     const QString overflow = TapRouting::overflowId();
-    ButtonSpec stack = button(QStringLiteral("Files"), QStringLiteral("group"));
-    stack.children = QList<ButtonSpec>{button(QStringLiteral("a"), QStringLiteral("open"))};
+    ButtonSpec stack = button(u"Files"_s, u"group"_s);
+    stack.children = QList<ButtonSpec>{button(u"a"_s, u"open"_s)};
     route = TapRouting::inFlyout(stack, overflow, std::nullopt);
     QCOMPARE(route.kind, Kind::OpenStack);
-    QCOMPARE(route.id, QStringLiteral("Files"));
+    QCOMPARE(route.id, u"Files"_s);
     route = TapRouting::inFlyout(sub, overflow, std::nullopt);
     QCOMPARE(route.kind, Kind::OpenFolder);
-    QCOMPARE(route.id, QStringLiteral("sub"));
-    QCOMPARE(route.root, std::optional<QString>(QStringLiteral("/data/sub")));
+    QCOMPARE(route.id, u"sub"_s);
+    QCOMPARE(route.root, std::optional<QString>(u"/data/sub"_s));
 }
 
 void TestEditing::symbolsMapToThemeIconsOrText()
 {
-    QCOMPARE(SymbolNames::iconNames(QStringLiteral("folder")).first(), QStringLiteral("folder-symbolic"));
-    QCOMPARE(SymbolNames::iconNames(QStringLiteral("chevron.up")).first(), QStringLiteral("go-up-symbolic"));
+    QCOMPARE(SymbolNames::iconNames(u"folder"_s).first(), u"folder-symbolic"_s);
+    QCOMPARE(SymbolNames::iconNames(u"chevron.up"_s).first(), u"go-up-symbolic"_s);
     // A theme's own name is tried too, for users who know their icon theme.
-    QVERIFY(SymbolNames::iconNames(QStringLiteral("firefox")).contains(QStringLiteral("firefox")));
+    QVERIFY(SymbolNames::iconNames(u"firefox"_s).contains(u"firefox"_s));
     // Emoji, words with capitals and the empty symbol are text (or nothing).
-    QVERIFY(SymbolNames::iconNames(QStringLiteral("📁")).isEmpty());
-    QVERIFY(SymbolNames::iconNames(QStringLiteral("Hello")).isEmpty());
+    QVERIFY(SymbolNames::iconNames(u"📁"_s).isEmpty());
+    QVERIFY(SymbolNames::iconNames(u"Hello"_s).isEmpty());
     QVERIFY(SymbolNames::iconNames(QString()).isEmpty());
 }
 
@@ -596,8 +542,8 @@ void TestEditing::savedPositionNeedsBothFractions()
 {
     QTemporaryDir xdg;
     qputenv("XDG_CONFIG_HOME", xdg.path().toLocal8Bit());
-    const QString ini = xdg.filePath(QStringLiteral("vantril/vantril.ini"));
-    QVERIFY(QDir().mkpath(xdg.filePath(QStringLiteral("vantril"))));
+    const QString ini = xdg.filePath(u"vantril/vantril.ini"_s);
+    QVERIFY(QDir().mkpath(xdg.filePath(u"vantril"_s)));
     {
         QVERIFY(!Preferences().barPosition());
         QVERIFY(writeAll(ini, "[barPosition]\nox=0.25\n"));
@@ -628,19 +574,9 @@ void TestEditing::savedPositionNeedsBothFractions()
 
 namespace {
 
-ButtonSpec keys(const QString& title, const QString& combo)
-{
-    ButtonSpec spec;
-    spec.title = title;
-    spec.symbol = QStringLiteral("s");
-    spec.action = QStringLiteral("keys");
-    spec.argument = combo;
-    return spec;
-}
-
 const AppPreset& mail()
 {
-    return *Presets::named(QStringLiteral("Mail"));
+    return *Presets::named(u"Mail"_s);
 }
 
 /// The other platform's presets come first; the ones after them are for Linux applications.
@@ -669,8 +605,8 @@ void TestEditing::everyPresetIsWellFormed()
             const QByteArray where = (preset.name + QLatin1String(" / ") + button.title).toUtf8();
             // Matching preset buttons against a document relies on them having nothing beyond action and
             // argument.
-            ButtonSpec plain = ButtonSpec::make(button.title, button.symbol, QStringLiteral("keys"),
-                                                button.argument.value_or(QString()));
+            ButtonSpec plain =
+                ButtonSpec::make(button.title, button.symbol, u"keys"_s, button.argument.value_or(QString()));
             QVERIFY2(button == plain && !button.title.isEmpty() && !button.symbol.isEmpty() &&
                          button.title.trimmed() == button.title,
                      where.constData());
@@ -690,74 +626,67 @@ void TestEditing::mergeCreatesTheSetAndSkipsWhatIsThere()
     QCOMPARE(Presets::merge(config, mail()), 8);
     QCOMPARE(config.appSets->size(), 1);
     const AppSet& set = config.appSets->first();
-    QCOMPARE(set.app, QStringLiteral("com.apple.mail"));
-    QCOMPARE(set.name, QStringLiteral("Mail"));
+    QCOMPARE(set.app, u"com.apple.mail"_s);
+    QCOMPARE(set.name, u"Mail"_s);
     QCOMPARE(set.buttons, mail().buttons);
     QCOMPARE(Presets::merge(config, mail()), 0);
 
     // Matching is by what the button does, not by its title.
     BarConfig custom;
-    custom.appSets = QList<AppSet>{{QStringLiteral("com.apple.mail"),
-                                    QStringLiteral("My Mail"),
-                                    {keys(QStringLiteral("Answer"), QStringLiteral("cmd+r"))}}};
+    custom.appSets =
+        QList<AppSet>{{u"com.apple.mail"_s, u"My Mail"_s, {button(u"Answer"_s, u"keys"_s, u"cmd+r"_s)}}};
     QCOMPARE(Presets::merge(custom, mail()), 7);
-    QCOMPARE(custom.appSets->first().name, QStringLiteral("My Mail"));
-    QCOMPARE(custom.appSets->first().buttons.first().title, QStringLiteral("Answer"));
-    QVERIFY(!titles(custom.appSets->first().buttons).contains(QStringLiteral("Reply")));
+    QCOMPARE(custom.appSets->first().name, u"My Mail"_s);
+    QCOMPARE(custom.appSets->first().buttons.first().title, u"Answer"_s);
+    QVERIFY(!titles(custom.appSets->first().buttons).contains(u"Reply"_s));
+
+    // Into the first set of the application when it has several.
+    BarConfig several;
+    several.appSets = QList<AppSet>{{u"other"_s, u"O"_s, {}},
+                                    {u"com.apple.mail"_s, u"First"_s, {}},
+                                    {u"com.apple.mail"_s, u"Second"_s, {}}};
+    Presets::merge(several, mail());
+    QCOMPARE(several.appSets->size(), 3);
+    QCOMPARE(several.appSets->at(1).buttons.size(), 8);
+    QVERIFY(several.appSets->at(2).buttons.isEmpty());
 }
 
 void TestEditing::mergeRenamesTitlesTakenElsewhere()
 {
     BarConfig config;
-    config.buttons = {keys(QStringLiteral("Reply"), QStringLiteral("ctrl+r")),
-                      keys(QStringLiteral("Flag"), QStringLiteral("ctrl+f"))};
+    config.buttons = {button(u"Reply"_s, u"keys"_s, u"ctrl+r"_s), button(u"Flag"_s, u"keys"_s, u"ctrl+f"_s)};
     Presets::merge(config, mail());
     const QStringList setTitles = titles(config.appSets->first().buttons);
-    QVERIFY(setTitles.contains(QStringLiteral("Reply 2")));
-    QVERIFY(setTitles.contains(QStringLiteral("Flag 2")));
-    QVERIFY(setTitles.contains(QStringLiteral("Reply All")));
+    QVERIFY(setTitles.contains(u"Reply 2"_s));
+    QVERIFY(setTitles.contains(u"Flag 2"_s));
+    QVERIFY(setTitles.contains(u"Reply All"_s));
 
     // Two presets with shared titles ("New Chat" does not clash, "Search Chats" neither, "Details" is new).
     BarConfig both;
-    Presets::merge(both, *Presets::named(QStringLiteral("Safari")));
-    Presets::merge(both, *Presets::named(QStringLiteral("Terminal")));
+    Presets::merge(both, *Presets::named(u"Safari"_s));
+    Presets::merge(both, *Presets::named(u"Terminal"_s));
     const QStringList terminal = titles(both.appSets->at(1).buttons);
-    QVERIFY(terminal.contains(QStringLiteral("Shell Tab")));
-    QCOMPARE(Editing::uniqueTitle(both, QStringLiteral("New Tab")), QStringLiteral("New Tab 2"));
-}
-
-void TestEditing::mergeUsesTheFirstSetOfAnApplication()
-{
-    BarConfig config;
-    config.appSets = QList<AppSet>{{QStringLiteral("other"), QStringLiteral("O"), {}},
-                                   {QStringLiteral("com.apple.mail"), QStringLiteral("First"), {}},
-                                   {QStringLiteral("com.apple.mail"), QStringLiteral("Second"), {}}};
-    Presets::merge(config, mail());
-    QCOMPARE(config.appSets->size(), 3);
-    QCOMPARE(config.appSets->at(1).buttons.size(), 8);
-    QVERIFY(config.appSets->at(2).buttons.isEmpty());
+    QVERIFY(terminal.contains(u"Shell Tab"_s));
+    QCOMPARE(Editing::uniqueTitle(both, u"New Tab"_s), u"New Tab 2"_s);
 }
 
 void TestEditing::stripRemovesPresetButtonsAndRenamedCopies()
 {
     BarConfig config;
-    config.buttons = {keys(QStringLiteral("Reply"), QStringLiteral("ctrl+r"))};
+    config.buttons = {button(u"Reply"_s, u"keys"_s, u"ctrl+r"_s)};
     Presets::merge(config, mail()); // "Reply" becomes "Reply 2"
     QList<ButtonSpec>& set = config.appSets->first().buttons;
-    set.append(keys(QStringLiteral("Reply -3"), QStringLiteral("cmd+r")));   // a numbered copy too
-    set.append(keys(QStringLiteral("Reply x"), QStringLiteral("cmd+r")));    // not a numbered copy
-    set.append(keys(QStringLiteral("Reply 2 2"), QStringLiteral("cmd+r")));  // two numbers: not a copy
-    set.append(keys(QStringLiteral("Junk"), QStringLiteral("shift+cmd+k"))); // does something else
-    set.append(keys(QStringLiteral("Mine"), QStringLiteral("cmd+n")));       // another title
-    ButtonSpec noArgument = keys(QStringLiteral("Archive"), QString());
-    noArgument.argument.reset();
-    set.append(noArgument);
+    set.append(button(u"Reply -3"_s, u"keys"_s, u"cmd+r"_s));   // a numbered copy too
+    set.append(button(u"Reply x"_s, u"keys"_s, u"cmd+r"_s));    // not a numbered copy
+    set.append(button(u"Reply 2 2"_s, u"keys"_s, u"cmd+r"_s));  // two numbers: not a copy
+    set.append(button(u"Junk"_s, u"keys"_s, u"shift+cmd+k"_s)); // does something else
+    set.append(button(u"Mine"_s, u"keys"_s, u"cmd+n"_s));       // another title
+    set.append(button(u"Archive"_s, u"keys"_s));
     set[5].locked = true; // "Archive" from the preset
 
     QCOMPARE(Presets::strip(config, mail()), 7 + 1);
     QCOMPARE(titles(config.appSets->first().buttons),
-             (QStringList{QStringLiteral("Archive"), QStringLiteral("Reply x"), QStringLiteral("Reply 2 2"),
-                          QStringLiteral("Junk"), QStringLiteral("Mine"), QStringLiteral("Archive")}));
+             (QStringList{u"Archive"_s, u"Reply x"_s, u"Reply 2 2"_s, u"Junk"_s, u"Mine"_s, u"Archive"_s}));
     QCOMPARE(Presets::strip(config, mail()), 0);
     // The top-level button of the same title was never part of the set.
     QCOMPARE(config.buttons.size(), 1);
@@ -771,11 +700,11 @@ void TestEditing::appliedNamesFollowTheSets()
 {
     BarConfig config;
     QVERIFY(Presets::appliedNames(config).isEmpty());
-    Presets::merge(config, *Presets::named(QStringLiteral("Music")));
+    Presets::merge(config, *Presets::named(u"Music"_s));
     Presets::merge(config, mail());
     // In the presets' own order, whatever the order of the sets.
-    QCOMPARE(Presets::appliedNames(config), (QStringList{QStringLiteral("Mail"), QStringLiteral("Music")}));
-    QVERIFY(!Presets::named(QStringLiteral("mail")));
+    QCOMPARE(Presets::appliedNames(config), (QStringList{u"Mail"_s, u"Music"_s}));
+    QVERIFY(!Presets::named(u"mail"_s));
 }
 
 void TestEditing::frontWindowFindsItsSetByAnyName_data()
@@ -785,29 +714,25 @@ void TestEditing::frontWindowFindsItsSetByAnyName_data()
     QTest::addColumn<QStringList>("window");
     QTest::addColumn<int>("shown");
 
-    const QStringList myTool = {QString(), QStringLiteral("MyTool"), QStringLiteral("xterm"),
-                                QStringLiteral("debian-xterm"), QStringLiteral("debian-xterm")};
-    QTest::newRow("entry of the program") << QStringList{QStringLiteral("debian-xterm")} << myTool << 0;
-    QTest::newRow("class, in any case")
-        << QStringList{QStringLiteral("other"), QStringLiteral("mytool")} << myTool << 1;
-    QTest::newRow("instance") << QStringList{QStringLiteral("XTERM")} << myTool << 0;
+    const QStringList myTool = {QString(), u"MyTool"_s, u"xterm"_s, u"debian-xterm"_s, u"debian-xterm"_s};
+    QTest::newRow("entry of the program") << QStringList{u"debian-xterm"_s} << myTool << 0;
+    QTest::newRow("class, in any case") << QStringList{u"other"_s, u"mytool"_s} << myTool << 1;
+    QTest::newRow("instance") << QStringList{u"XTERM"_s} << myTool << 0;
     QTest::newRow("class before the program's entry")
-        << QStringList{QStringLiteral("debian-xterm"), QStringLiteral("MyTool")} << myTool << 1;
+        << QStringList{u"debian-xterm"_s, u"MyTool"_s} << myTool << 1;
     QTest::newRow("instance before the program's entry")
-        << QStringList{QStringLiteral("debian-xterm"), QStringLiteral("xterm")} << myTool << 1;
-    QTest::newRow("first of two sets for one name")
-        << QStringList{QStringLiteral("MyTool"), QStringLiteral("mytool")} << myTool << 0;
-    QTest::newRow("no set names it") << QStringList{QStringLiteral("uxterm")} << myTool << -1;
+        << QStringList{u"debian-xterm"_s, u"xterm"_s} << myTool << 1;
+    QTest::newRow("first of two sets for one name") << QStringList{u"MyTool"_s, u"mytool"_s} << myTool << 0;
+    QTest::newRow("no set names it") << QStringList{u"uxterm"_s} << myTool << -1;
     QTest::newRow("own id before its class")
-        << QStringList{QStringLiteral("Gnome-terminal"), QStringLiteral("org.gnome.Terminal")}
-        << QStringList{QStringLiteral("org.gnome.Terminal"), QStringLiteral("Gnome-terminal"),
-                       QStringLiteral("gnome-terminal-server"), QStringLiteral("org.gnome.Terminal"),
-                       QStringLiteral("org.gnome.Terminal")}
+        << QStringList{u"Gnome-terminal"_s, u"org.gnome.Terminal"_s}
+        << QStringList{u"org.gnome.Terminal"_s, u"Gnome-terminal"_s, u"gnome-terminal-server"_s,
+                       u"org.gnome.Terminal"_s, u"org.gnome.Terminal"_s}
         << 1;
     // VANTRIL_CONTEXT_APP gives an id and nothing else.
-    QTest::newRow("fixed id alone") << QStringList{QStringLiteral("x"), QStringLiteral("com.apple.Safari")}
+    QTest::newRow("fixed id alone") << QStringList{u"x"_s, u"com.apple.Safari"_s}
                                     << QStringList{QString(), QString(), QString(), QString(),
-                                                   QStringLiteral("com.apple.safari")}
+                                                   u"com.apple.safari"_s}
                                     << 1;
 }
 
@@ -819,14 +744,14 @@ void TestEditing::frontWindowFindsItsSetByAnyName()
     BarConfig cfg;
     cfg.appSets.emplace();
     for (qsizetype i = 0; i < sets.size(); ++i)
-        cfg.appSets->append(AppSet{sets.at(i), sets.at(i), {keys(QString::number(i), QStringLiteral("a"))}});
+        cfg.appSets->append(AppSet{sets.at(i), sets.at(i), {button(QString::number(i), u"keys"_s, u"a"_s)}});
     ContextApp app;
     app.ownId = window.at(0);
     app.windowClass = window.at(1);
     app.instance = window.at(2);
     app.desktopEntry = window.at(3);
     app.id = window.at(4);
-    app.name = QStringLiteral("Shown");
+    app.name = u"Shown"_s;
 
     QCOMPARE(titles(AppContext::contextButtons(cfg, app)),
              shown < 0 ? QStringList() : QStringList{QString::number(shown)});
@@ -836,30 +761,6 @@ void TestEditing::frontWindowFindsItsSetByAnyName()
     if (shown < 0)
         QCOMPARE(cfg.appSets->last().app, app.id);
 }
-
-namespace {
-
-/// "A B* S[s1] | Editor: C": the bar's titles (locked ones starred, stacks' members in brackets), then
-/// each application's set.
-QString layout(const QList<ButtonSpec>& list)
-{
-    QStringList parts;
-    for (const ButtonSpec& spec : list) {
-        parts.append(spec.title + (spec.isLocked() ? QStringLiteral("*") : QString()) +
-                     (spec.children ? u'[' + layout(*spec.children) + u']' : QString()));
-    }
-    return parts.join(u' ');
-}
-
-QString layout(const BarConfig& cfg)
-{
-    QString out = layout(cfg.buttons);
-    for (const AppSet& set : cfg.appSets.value_or(QList<AppSet>()))
-        out += QStringLiteral(" | ") + set.app + QStringLiteral(": ") + layout(set.buttons);
-    return out;
-}
-
-} // namespace
 
 void TestEditing::buttonCommandsChangeTheDocument_data()
 {
@@ -897,19 +798,18 @@ void TestEditing::buttonCommandsChangeTheDocument()
     QFETCH(QString, calls);
     TempConfigDir dir;
     BarConfig cfg;
-    ButtonSpec locked = button(QStringLiteral("B"));
+    ButtonSpec locked = button(u"B"_s);
     locked.locked = true;
-    ButtonSpec stack = button(QStringLiteral("S"), QStringLiteral("group"));
-    stack.children = QList<ButtonSpec>{button(QStringLiteral("s1"))};
-    cfg.buttons = {button(QStringLiteral("A")), locked, stack};
-    cfg.appSets =
-        QList<AppSet>{{QStringLiteral("Editor"), QStringLiteral("Editor"), {button(QStringLiteral("C"))}}};
+    ButtonSpec stack = button(u"S"_s, u"group"_s);
+    stack.children = QList<ButtonSpec>{button(u"s1"_s)};
+    cfg.buttons = {button(u"A"_s), locked, stack};
+    cfg.appSets = QList<AppSet>{{u"Editor"_s, u"Editor"_s, {button(u"C"_s)}}};
     ConfigDocument document(cfg);
     FakePlatform platform;
     DragState drag;
     drag.setBarFrames(framesOf(cfg, cfg.appSets->first().buttons));
     ContextTracker context(platform.frontApplication());
-    context.fix(ContextApp{QStringLiteral("Editor"), QStringLiteral("Editor")});
+    context.fix(ContextApp{u"Editor"_s, u"Editor"_s});
     ButtonCommands commands(document, platform, drag, context);
 
     const ButtonSpec spec = Editing::button(cfg, title).value_or(button(title));

@@ -22,7 +22,6 @@ private Q_SLOTS:
     void builtInTitlesAreUnique();
 
 private Q_SLOTS:
-    void minimalButtonHasEveryOptionalAbsent();
     void nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored();
     void anyLayoutAndKeyOrderIsAccepted();
     void childrenNestAtAnyDepth();
@@ -38,19 +37,6 @@ private Q_SLOTS:
     void escapesStrings();
     void roundTripsEverything();
 };
-
-namespace {
-
-ButtonSpec make(const QString& action, std::optional<QString> color = {})
-{
-    ButtonSpec spec;
-    spec.title = QStringLiteral("t");
-    spec.action = action;
-    spec.color = std::move(color);
-    return spec;
-}
-
-} // namespace
 
 void TestFormat::defaultColorsByKind_data()
 {
@@ -68,60 +54,62 @@ void TestFormat::defaultColorsByKind()
     QFETCH(QString, kind);
     QFETCH(QString, color);
     QCOMPARE(ButtonSpec::defaultColor(kind), color);
-    QCOMPARE(make(kind).tintName(), color);
+    QCOMPARE(button(u"t"_s, kind).tintName(), color);
 }
 
 void TestFormat::tintFollowsColorThenStackMemberThenKind()
 {
-    QCOMPARE(make(QStringLiteral("app"), QStringLiteral("red")).tint(), ChipColor::Red);
+    ButtonSpec red = button(u"t"_s, u"app"_s);
+    red.color = u"red"_s;
+    QCOMPARE(red.tint(), ChipColor::Red);
 
-    ButtonSpec stack = make(QStringLiteral("group"));
+    ButtonSpec stack = button(u"t"_s, u"group"_s);
     QCOMPARE(stack.tint(), ChipColor::White); // no children at all
     stack.children = QList<ButtonSpec>();
     QCOMPARE(stack.tint(), ChipColor::White); // an empty stack
-    stack.children = QList<ButtonSpec>{make(QStringLiteral("url")), make(QStringLiteral("app"))};
+    stack.children = QList<ButtonSpec>{button(u"t"_s, u"url"_s), button(u"t"_s, u"app"_s)};
     QCOMPARE(stack.tint(), ChipColor::Green); // first member's kind
-    (*stack.children)[0].color = QStringLiteral("red");
+    (*stack.children)[0].color = u"red"_s;
     QCOMPARE(stack.tint(), ChipColor::Red); // first member's own colour
-    stack.color = QStringLiteral("purple");
+    stack.color = u"purple"_s;
     QCOMPARE(stack.tint(), ChipColor::Purple); // the stack's own colour wins
 
     // Only one level: a first member that is a stack counts as white, whatever it holds.
-    ButtonSpec inner = make(QStringLiteral("group"));
-    inner.children = QList<ButtonSpec>{make(QStringLiteral("app"))};
-    ButtonSpec outer = make(QStringLiteral("group"));
+    ButtonSpec inner = button(u"t"_s, u"group"_s);
+    inner.children = QList<ButtonSpec>{button(u"t"_s, u"app"_s)};
+    ButtonSpec outer = button(u"t"_s, u"group"_s);
     outer.children = QList<ButtonSpec>{inner};
     QCOMPARE(outer.tint(), ChipColor::White);
 
     // A member colour only matters for stacks.
-    ButtonSpec notAStack = make(QStringLiteral("url"));
-    notAStack.children = QList<ButtonSpec>{make(QStringLiteral("app"))};
+    ButtonSpec notAStack = button(u"t"_s, u"url"_s);
+    notAStack.children = QList<ButtonSpec>{button(u"t"_s, u"app"_s)};
     QCOMPARE(notAStack.tint(), ChipColor::Green);
 }
 
 void TestFormat::colorNamesAreExact()
 {
-    QCOMPARE(ButtonSpec::colorNamed(QStringLiteral("orange")), ChipColor::Orange);
-    QCOMPARE(ButtonSpec::colorNamed(QStringLiteral("green")), ChipColor::Green);
-    QCOMPARE(ButtonSpec::colorNamed(QStringLiteral("purple")), ChipColor::Purple);
-    QCOMPARE(ButtonSpec::colorNamed(QStringLiteral("yellow")), ChipColor::Yellow);
-    QCOMPARE(ButtonSpec::colorNamed(QStringLiteral("white")), ChipColor::White);
+    QCOMPARE(ButtonSpec::colorNamed(u"orange"_s), ChipColor::Orange);
+    QCOMPARE(ButtonSpec::colorNamed(u"green"_s), ChipColor::Green);
+    QCOMPARE(ButtonSpec::colorNamed(u"purple"_s), ChipColor::Purple);
+    QCOMPARE(ButtonSpec::colorNamed(u"yellow"_s), ChipColor::Yellow);
+    QCOMPARE(ButtonSpec::colorNamed(u"white"_s), ChipColor::White);
     for (const char* name : {"cyan", "blue", "Red", "Cyan", " red", ""})
         QCOMPARE(ButtonSpec::colorNamed(QString::fromUtf8(name)), ChipColor::Cyan);
-    QCOMPARE(make(QStringLiteral("mystery")).tint(), ChipColor::White);
+    QCOMPARE(button(u"t"_s, u"mystery"_s).tint(), ChipColor::White);
 }
 
 void TestFormat::equalityComparesEveryField()
 {
-    const ButtonSpec base = make(QStringLiteral("open"));
+    const ButtonSpec base = button(u"t"_s, u"open"_s);
     auto differs = [&](auto change) {
         ButtonSpec other = base;
         change(other);
         return other != base;
     };
-    QVERIFY(differs([](ButtonSpec& b) { b.symbol = QStringLiteral("x"); }));
+    QVERIFY(differs([](ButtonSpec& b) { b.symbol = u"x"_s; }));
     QVERIFY(differs([](ButtonSpec& b) { b.argument = QString(); }));
-    QVERIFY(differs([](ButtonSpec& b) { b.iconPath = QStringLiteral("i"); }));
+    QVERIFY(differs([](ButtonSpec& b) { b.iconPath = u"i"_s; }));
     QVERIFY(differs([](ButtonSpec& b) { b.locked = false; }));
     QVERIFY(differs([](ButtonSpec& b) { b.children = QList<ButtonSpec>(); }));
 
@@ -153,20 +141,6 @@ QByteArray doc(const char* buttons)
 
 } // namespace
 
-void TestFormat::minimalButtonHasEveryOptionalAbsent()
-{
-    const auto config = ConfigReader::decode(doc(R"({"title":"A","symbol":"","action":"open"})"));
-    QVERIFY(config);
-    QCOMPARE(config->buttons.size(), 1);
-    const ButtonSpec& button = config->buttons.first();
-    QCOMPARE(button.title, QStringLiteral("A"));
-    QCOMPARE(button.symbol, QString());
-    QCOMPARE(button.action, QStringLiteral("open"));
-    QVERIFY(!button.argument && !button.color && !button.iconPath && !button.locked && !button.children);
-    QVERIFY(!config->appSets);
-    QVERIFY(!config->hotkey);
-}
-
 void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
 {
     const auto config = ConfigReader::decode(R"({
@@ -174,8 +148,9 @@ void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
                      "locked":null,"children":null,"Title":5,"id":"other","extra":{"deep":[1,2]}}],
         "appSets": null, "hotkey": null, "barPosition": [1, 2], "version": 3})");
     QVERIFY(config);
+    // Null reads as absent, as a button without those keys has them.
+    QCOMPARE(config->buttons, QList<ButtonSpec>{ButtonSpec::make(u"A"_s, u"s"_s, u"x"_s)});
     const ButtonSpec& button = config->buttons.first();
-    QCOMPARE(button.title, QStringLiteral("A"));
     QVERIFY(!button.argument && !button.color && !button.iconPath && !button.locked && !button.children);
     QVERIFY(!config->appSets);
     QVERIFY(!config->hotkey);
@@ -195,11 +170,11 @@ void TestFormat::anyLayoutAndKeyOrderIsAccepted()
                                            "x\",\"title\":\"\\u00e9\",\"symbol\":\"\"}]}");
     QVERIFY2(result.config, qPrintable(result.error));
     const auto& config = result.config;
-    QCOMPARE(config->hotkey, std::optional<QString>(QStringLiteral("ctrl+opt+b")));
+    QCOMPARE(config->hotkey, std::optional<QString>(u"ctrl+opt+b"_s));
     QCOMPARE(config->appSets->size(), 1);
-    QCOMPARE(config->appSets->first().app, QStringLiteral("m"));
-    QCOMPARE(config->buttons.first().argument, std::optional<QString>(QStringLiteral("https://x")));
-    QCOMPARE(config->buttons.first().title, QStringLiteral("é"));
+    QCOMPARE(config->appSets->first().app, u"m"_s);
+    QCOMPARE(config->buttons.first().argument, std::optional<QString>(u"https://x"_s));
+    QCOMPARE(config->buttons.first().title, u"é"_s);
 }
 
 void TestFormat::childrenNestAtAnyDepth()
@@ -217,15 +192,14 @@ void TestFormat::childrenNestAtAnyDepth()
         ++depth;
     }
     QCOMPARE(depth, 100);
-    QCOMPARE(at->title, QStringLiteral("leaf"));
+    QCOMPARE(at->title, u"leaf"_s);
 
     // One bad value deep inside rejects the whole document.
     const auto broken = ConfigReader::read(doc(
         R"({"title":"a","symbol":"","action":"group","children":[{"title":"b","symbol":"","action":"group",
             "children":[{"title":"c","action":"open"}]}]})"));
     QVERIFY(!broken.config);
-    QCOMPARE(broken.error,
-             QStringLiteral("buttons[0].children[0].children[0]: missing required key \"symbol\""));
+    QCOMPARE(broken.error, u"buttons[0].children[0].children[0]: missing required key \"symbol\""_s);
 }
 
 void TestFormat::rejectsWhatIsNoDocument_data()
@@ -233,61 +207,49 @@ void TestFormat::rejectsWhatIsNoDocument_data()
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("error");
     QTest::newRow("no buttons") << QByteArray(R"({"hotkey":"ctrl+b"})")
-                                << QStringLiteral("document: missing required key \"buttons\"");
+                                << u"document: missing required key \"buttons\""_s;
     QTest::newRow("keys are case-sensitive")
-        << QByteArray(R"({"Buttons":[]})") << QStringLiteral("document: missing required key \"buttons\"");
+        << QByteArray(R"({"Buttons":[]})") << u"document: missing required key \"buttons\""_s;
     QTest::newRow("no title") << doc(R"({"symbol":"","action":"open"})")
-                              << QStringLiteral("buttons[0]: missing required key \"title\"");
+                              << u"buttons[0]: missing required key \"title\""_s;
     QTest::newRow("no symbol in second button")
         << doc(R"({"title":"a","symbol":"","action":"open"},{"title":"b","action":"open"})")
-        << QStringLiteral("buttons[1]: missing required key \"symbol\"");
+        << u"buttons[1]: missing required key \"symbol\""_s;
     QTest::newRow("no action") << doc(R"({"title":"a","symbol":""})")
-                               << QStringLiteral("buttons[0]: missing required key \"action\"");
+                               << u"buttons[0]: missing required key \"action\""_s;
     QTest::newRow("set without app") << QByteArray(R"({"buttons":[],"appSets":[{"name":"n","buttons":[]}]})")
-                                     << QStringLiteral("appSets[0]: missing required key \"app\"");
+                                     << u"appSets[0]: missing required key \"app\""_s;
     QTest::newRow("set without buttons") << QByteArray(R"({"buttons":[],"appSets":[{"app":"a","name":"n"}]})")
-                                         << QStringLiteral("appSets[0]: missing required key \"buttons\"");
+                                         << u"appSets[0]: missing required key \"buttons\""_s;
     QTest::newRow("set button without title")
         << QByteArray(
                R"({"buttons":[],"appSets":[{"app":"a","name":"n","buttons":[{"symbol":"","action":"x"}]}]})")
-        << QStringLiteral("appSets[0].buttons[0]: missing required key \"title\"");
+        << u"appSets[0].buttons[0]: missing required key \"title\""_s;
     QTest::newRow("number title") << doc(R"({"title":1,"symbol":"","action":"open"})")
-                                  << QStringLiteral("buttons[0].title: expected a string, found a number");
+                                  << u"buttons[0].title: expected a string, found a number"_s;
     QTest::newRow("null title") << doc(R"({"title":null,"symbol":"","action":"open"})")
-                                << QStringLiteral("buttons[0].title: expected a string, found null");
-    QTest::newRow("null buttons") << QByteArray(R"({"buttons":null})")
-                                  << QStringLiteral("buttons: expected an array, found null");
-    QTest::newRow("number is not a boolean")
-        << doc(R"({"title":"a","symbol":"","action":"open","locked":1})")
-        << QStringLiteral("buttons[0].locked: expected a boolean, found a number");
-    QTest::newRow("string is not a boolean")
-        << doc(R"({"title":"a","symbol":"","action":"open","locked":"true"})")
-        << QStringLiteral("buttons[0].locked: expected a boolean, found a string");
-    QTest::newRow("boolean argument")
-        << doc(R"({"title":"a","symbol":"","action":"open","argument":true})")
-        << QStringLiteral("buttons[0].argument: expected a string, found a boolean");
+                                << u"buttons[0].title: expected a string, found null"_s;
+    QTest::newRow("number is not a boolean") << doc(R"({"title":"a","symbol":"","action":"open","locked":1})")
+                                             << u"buttons[0].locked: expected a boolean, found a number"_s;
+    QTest::newRow("boolean argument") << doc(R"({"title":"a","symbol":"","action":"open","argument":true})")
+                                      << u"buttons[0].argument: expected a string, found a boolean"_s;
     QTest::newRow("object children") << doc(R"({"title":"a","symbol":"","action":"group","children":{}})")
                                      << QStringLiteral(
                                             "buttons[0].children: expected an array, found an object");
     QTest::newRow("button is a string")
-        << doc(R"("Files")") << QStringLiteral("buttons[0]: expected an object, found a string");
+        << doc(R"("Files")") << u"buttons[0]: expected an object, found a string"_s;
     QTest::newRow("number hotkey") << QByteArray(R"({"buttons":[],"hotkey":3})")
-                                   << QStringLiteral("hotkey: expected a string, found a number");
+                                   << u"hotkey: expected a string, found a number"_s;
     QTest::newRow("object appSets") << QByteArray(R"({"buttons":[],"appSets":{}})")
-                                    << QStringLiteral("appSets: expected an array, found an object");
-    QTest::newRow("array document") << QByteArray("[]")
-                                    << QStringLiteral("document: expected an object, found an array");
+                                    << u"appSets: expected an array, found an object"_s;
+    QTest::newRow("array document") << QByteArray("[]") << u"document: expected an object, found an array"_s;
     // Broken JSON is placed by line and column; the parser's own words follow.
-    QTest::newRow("empty") << QByteArray() << QStringLiteral("line 1, column 1: ");
-    QTest::newRow("whitespace") << QByteArray(" \n ") << QStringLiteral("line 2, column 2: ");
-    QTest::newRow("trailing comma") << QByteArray("{\n  \"buttons\": [],\n}")
-                                    << QStringLiteral("line 3, column 2: ");
-    QTest::newRow("unterminated") << QByteArray("{\"buttons\": [\n{\"title\": \"a")
-                                  << QStringLiteral("line 2, ");
-    QTest::newRow("garbage after") << QByteArray("{\"buttons\": []} x") << QStringLiteral("line 1, ");
+    QTest::newRow("empty") << QByteArray() << u"line 1, column 1: "_s;
+    QTest::newRow("whitespace") << QByteArray(" \n ") << u"line 2, column 2: "_s;
+    QTest::newRow("trailing comma") << QByteArray("{\n  \"buttons\": [],\n}") << u"line 3, column 2: "_s;
     QTest::newRow("invalid utf-8") << QByteArray("{\"buttons\": [], \"hotkey\": \"\xff\xfe\"}")
-                                   << QStringLiteral("line 1, ");
-    QTest::newRow("bare scalar") << QByteArray("42") << QStringLiteral("line 1, ");
+                                   << u"line 1, "_s;
+    QTest::newRow("bare scalar") << QByteArray("42") << u"line 1, "_s;
 }
 
 void TestFormat::rejectsWhatIsNoDocument()
@@ -377,26 +339,19 @@ QByteArray withButton(const ButtonSpec& spec)
 
 void TestFormat::exampleDocumentIsWrittenByteForByte()
 {
-    ButtonSpec clear = button(QStringLiteral("Clear Screen"), QStringLiteral("keys"));
-    clear.symbol = QStringLiteral("xmark.rectangle");
-    clear.argument = QStringLiteral("cmd+k");
-    ButtonSpec downloads = button(QStringLiteral("Downloads"));
-    downloads.symbol = QStringLiteral("arrow.down.circle");
-    downloads.argument = QStringLiteral("~/Downloads");
-    ButtonSpec files = button(QStringLiteral("Files"), QStringLiteral("group"));
-    files.symbol = QStringLiteral("folder");
-    files.children = QList<ButtonSpec>{downloads};
-    ButtonSpec terminal = button(QStringLiteral("Terminal"), QStringLiteral("app"));
-    terminal.symbol = QStringLiteral("terminal");
-    terminal.argument = QStringLiteral("Terminal");
-    terminal.color = QStringLiteral("white");
+    ButtonSpec files = stackOf(
+        u"Files"_s, {ButtonSpec::make(u"Downloads"_s, u"arrow.down.circle"_s, u"open"_s, u"~/Downloads"_s)});
+    files.symbol = u"folder"_s;
+    ButtonSpec terminal = ButtonSpec::make(u"Terminal"_s, u"terminal"_s, u"app"_s, u"Terminal"_s);
+    terminal.color = u"white"_s;
     terminal.locked = true;
-
     BarConfig config;
     config.appSets =
-        QList<AppSet>{{QStringLiteral("com.apple.Terminal"), QStringLiteral("Terminal"), {clear}}};
+        QList<AppSet>{{u"com.apple.Terminal"_s,
+                       u"Terminal"_s,
+                       {ButtonSpec::make(u"Clear Screen"_s, u"xmark.rectangle"_s, u"keys"_s, u"cmd+k"_s)}}};
     config.buttons = {files, terminal};
-    config.hotkey = QStringLiteral("ctrl+cmd+space");
+    config.hotkey = u"ctrl+cmd+space"_s;
 
     QCOMPARE(ConfigWriter::write(config), QByteArray(exampleText));
     // Reading the text back and writing it again changes nothing.
@@ -408,7 +363,7 @@ void TestFormat::exampleDocumentIsWrittenByteForByte()
 
 void TestFormat::keepsAbsentFalseAndEmptyApart()
 {
-    ButtonSpec bare = button(QStringLiteral("A"));
+    ButtonSpec bare = button(u"A"_s);
     QCOMPARE(withButton(bare),
              QByteArray("{\n  \"buttons\" : [\n    {\n      \"action\" : \"open\",\n"
                         "      \"symbol\" : \"\",\n      \"title\" : \"A\"\n    }\n  ]\n}"));
@@ -445,7 +400,7 @@ void TestFormat::emptyListsAndDocumentLayout()
              QByteArray("{\n  \"appSets\" : [\n\n  ],\n  \"buttons\" : [\n\n  ],\n  \"hotkey\" : \"\"\n}"));
 
     BarConfig emptySet;
-    emptySet.appSets = QList<AppSet>{{QStringLiteral("a"), QStringLiteral("n"), {}}};
+    emptySet.appSets = QList<AppSet>{{u"a"_s, u"n"_s, {}}};
     QCOMPARE(ConfigWriter::write(emptySet), QByteArray("{\n  \"appSets\" : [\n    {\n      \"app\" : \"a\",\n"
                                                        "      \"buttons\" : [\n\n      ],\n"
                                                        "      \"name\" : \"n\"\n    }\n  ],\n"
@@ -456,22 +411,20 @@ void TestFormat::escapesStrings_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("written");
-    QTest::newRow("quote and backslash")
-        << QStringLiteral("say \"hi\" \\ bye") << QByteArray(R"("say \"hi\" \\ bye")");
-    QTest::newRow("slash") << QStringLiteral("~/a/b") << QByteArray(R"("~\/a\/b")");
-    QTest::newRow("short escapes") << QStringLiteral("\b\f\n\r\t") << QByteArray(R"("\b\f\n\r\t")");
+    QTest::newRow("quote and backslash") << u"say \"hi\" \\ bye"_s << QByteArray(R"("say \"hi\" \\ bye")");
+    QTest::newRow("slash") << u"~/a/b"_s << QByteArray(R"("~\/a\/b")");
+    QTest::newRow("short escapes") << u"\b\f\n\r\t"_s << QByteArray(R"("\b\f\n\r\t")");
     QTest::newRow("other controls") << QString::fromUtf8("\x01\x1f\x0b", 3)
                                     << QByteArray(R"("\u0001\u001f\u000b")");
     QTest::newRow("nul") << QString(QChar(0)) << QByteArray(R"("\u0000")");
-    QTest::newRow("del stays raw") << QStringLiteral("\x7f") << QByteArray("\"\x7f\"");
-    QTest::newRow("non-ascii stays raw") << QStringLiteral("Grüße — 📁") << QByteArray("\"Grüße — 📁\"");
-    QTest::newRow("line separators stay raw")
-        << QStringLiteral("a\u2028b\u2029") << QByteArray("\"a\u2028b\u2029\"");
+    QTest::newRow("del stays raw") << u"\x7f"_s << QByteArray("\"\x7f\"");
+    QTest::newRow("non-ascii stays raw") << u"Grüße — 📁"_s << QByteArray("\"Grüße — 📁\"");
+    QTest::newRow("line separators stay raw") << u"a\u2028b\u2029"_s << QByteArray("\"a\u2028b\u2029\"");
     // Halves of a pair on their own have no UTF-8 form; they must not come back as "?".
     QTest::newRow("lone high surrogate") << QString(QChar(0xd83d)) + u'x' << QByteArray(R"("\ud83dx")");
     QTest::newRow("lone low surrogate at the end")
         << u'x' + QString(QChar(0xdcc1)) << QByteArray(R"("x\udcc1")");
-    QTest::newRow("byte order mark first") << QStringLiteral("\ufeffa") << QByteArray(R"("\ufeffa")");
+    QTest::newRow("byte order mark first") << u"\ufeffa"_s << QByteArray(R"("\ufeffa")");
     QTest::newRow("pair in the wrong order")
         << QString(QChar(0xde00)) + QChar(0xd83d) << QByteArray(R"("\ude00\ud83d")");
 }
@@ -488,18 +441,17 @@ void TestFormat::escapesStrings()
 
 void TestFormat::roundTripsEverything()
 {
-    ButtonSpec deep = button(QStringLiteral("deep"), QStringLiteral("mystery-kind"));
-    deep.iconPath = QStringLiteral("/icons/a.png");
-    ButtonSpec middle = button(QStringLiteral("middle"), QStringLiteral("group"));
+    ButtonSpec deep = button(u"deep"_s, u"mystery-kind"_s);
+    deep.iconPath = u"/icons/a.png"_s;
+    ButtonSpec middle = button(u"middle"_s, u"group"_s);
     middle.children = QList<ButtonSpec>{deep};
     middle.locked = false;
-    ButtonSpec top = button(QStringLiteral("top"), QStringLiteral("group"));
-    top.children = QList<ButtonSpec>{middle, button(QStringLiteral("sibling"))};
-    top.color = QStringLiteral("Blue");
+    ButtonSpec top = button(u"top"_s, u"group"_s);
+    top.children = QList<ButtonSpec>{middle, button(u"sibling"_s)};
+    top.color = u"Blue"_s;
     BarConfig config;
     config.buttons = {top};
-    config.appSets = QList<AppSet>{{QStringLiteral("x"), QStringLiteral("X"), {button(QStringLiteral("s"))}},
-                                   {QStringLiteral("x"), QStringLiteral("X again"), {}}};
+    config.appSets = QList<AppSet>{{u"x"_s, u"X"_s, {button(u"s"_s)}}, {u"x"_s, u"X again"_s, {}}};
     const QByteArray text = ConfigWriter::write(config);
     QVERIFY(!text.endsWith('\n'));
     const auto back = ConfigReader::decode(text);

@@ -61,8 +61,7 @@ constexpr quint32 controlCarbon = 0x1000;
 // Lets a failed comparison show what was parsed instead of two opaque values.
 char* toString(const KeyCombo& combo)
 {
-    return QTest::toString(QStringLiteral("key %1 flags 0x%2 carbon 0x%3")
-                               .arg(combo.keyCode)
+    return QTest::toString(u"key %1 flags 0x%2 carbon 0x%3"_s.arg(combo.keyCode)
                                .arg(combo.flags, 0, 16)
                                .arg(combo.carbon, 0, 16));
 }
@@ -93,24 +92,20 @@ void TestKeys::modifiersSetBothMasks_data()
     QTest::addColumn<quint64>("flags");
     QTest::addColumn<quint32>("carbon");
 
-    QTest::newRow("cmd+v") << QStringLiteral("cmd+v") << 9 << quint64(1048576) << quint32(256);
-    QTest::newRow("command") << QStringLiteral("command+v") << 9 << superFlags << superCarbon;
-    QTest::newRow("shift") << QStringLiteral("shift+a") << 0 << shiftFlags << shiftCarbon;
-    QTest::newRow("opt") << QStringLiteral("opt+a") << 0 << altFlags << altCarbon;
-    QTest::newRow("option") << QStringLiteral("option+a") << 0 << altFlags << altCarbon;
-    QTest::newRow("alt+f4") << QStringLiteral("alt+f4") << 118 << altFlags << altCarbon;
-    QTest::newRow("ctrl") << QStringLiteral("ctrl+a") << 0 << controlFlags << controlCarbon;
-    QTest::newRow("control") << QStringLiteral("control+a") << 0 << controlFlags << controlCarbon;
+    QTest::newRow("cmd+v") << u"cmd+v"_s << 9 << quint64(1048576) << quint32(256);
+    QTest::newRow("shift") << u"shift+a"_s << 0 << shiftFlags << shiftCarbon;
+    QTest::newRow("opt") << u"opt+a"_s << 0 << altFlags << altCarbon;
+    QTest::newRow("option") << u"option+a"_s << 0 << altFlags << altCarbon;
+    QTest::newRow("alt+f4") << u"alt+f4"_s << 118 << altFlags << altCarbon;
+    QTest::newRow("ctrl") << u"ctrl+a"_s << 0 << controlFlags << controlCarbon;
     QTest::newRow("ctrl+opt+space, mixed case")
-        << QStringLiteral("Ctrl+Opt+Space") << 49 << quint64(786432) << quint32(6144);
-    QTest::newRow("all four") << QStringLiteral("ctrl+opt+shift+cmd+z") << 6
+        << u"Ctrl+Opt+Space"_s << 49 << quint64(786432) << quint32(6144);
+    QTest::newRow("all four") << u"ctrl+opt+shift+cmd+z"_s << 6
                               << (superFlags | shiftFlags | altFlags | controlFlags)
                               << (superCarbon | shiftCarbon | altCarbon | controlCarbon);
-    QTest::newRow("padded with spaces") << QStringLiteral(" shift + tab ") << 48 << shiftFlags << shiftCarbon;
-    QTest::newRow("padded with tabs")
-        << QStringLiteral("\tctrl\t+\tc\t") << 8 << controlFlags << controlCarbon;
-    QTest::newRow("backslash key") << QStringLiteral("ctrl+\\") << 42 << controlFlags << controlCarbon;
-    QTest::newRow("minus key") << QStringLiteral("cmd+-") << 27 << superFlags << superCarbon;
+    QTest::newRow("padded with spaces") << u" shift + tab "_s << 48 << shiftFlags << shiftCarbon;
+    QTest::newRow("backslash key") << u"ctrl+\\"_s << 42 << controlFlags << controlCarbon;
+    QTest::newRow("minus key") << u"cmd+-"_s << 27 << superFlags << superCarbon;
 }
 
 void TestKeys::modifiersSetBothMasks()
@@ -132,19 +127,17 @@ void TestKeys::equivalentSpellings_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("same");
 
-    QTest::newRow("key first") << QStringLiteral("v+cmd") << QStringLiteral("cmd+v");
-    QTest::newRow("key between modifiers") << QStringLiteral("shift+t+cmd") << QStringLiteral("cmd+shift+t");
-    QTest::newRow("doubled separator") << QStringLiteral("cmd++v") << QStringLiteral("cmd+v");
-    QTest::newRow("leading and trailing separator") << QStringLiteral("+cmd+v+") << QStringLiteral("cmd+v");
-    QTest::newRow("super") << QStringLiteral("super+l") << QStringLiteral("cmd+l");
-    QTest::newRow("meta") << QStringLiteral("meta+l") << QStringLiteral("cmd+l");
-    QTest::newRow("win") << QStringLiteral("win+l") << QStringLiteral("cmd+l");
-    QTest::newRow("upper case") << QStringLiteral("CMD+SHIFT+PAGEDOWN")
-                                << QStringLiteral("cmd+shift+pagedown");
-    QTest::newRow("repeated modifiers") << QStringLiteral("ctrl+k+control+ctrl") << QStringLiteral("ctrl+k");
-    QTest::newRow("every name of super")
-        << QStringLiteral("cmd+super+meta+win+command+k") << QStringLiteral("cmd+k");
-    QTest::newRow("mixed padding") << QStringLiteral(" \t cmd \t+ \tup\t ") << QStringLiteral("cmd+up");
+    QTest::newRow("key first") << u"v+cmd"_s << u"cmd+v"_s;
+    QTest::newRow("key between modifiers") << u"shift+t+cmd"_s << u"cmd+shift+t"_s;
+    QTest::newRow("doubled separator") << u"cmd++v"_s << u"cmd+v"_s;
+    QTest::newRow("leading and trailing separator") << u"+cmd+v+"_s << u"cmd+v"_s;
+    QTest::newRow("super") << u"super+l"_s << u"cmd+l"_s;
+    QTest::newRow("meta") << u"meta+l"_s << u"cmd+l"_s;
+    QTest::newRow("win") << u"win+l"_s << u"cmd+l"_s;
+    QTest::newRow("upper case") << u"CMD+SHIFT+PAGEDOWN"_s << u"cmd+shift+pagedown"_s;
+    QTest::newRow("repeated modifiers") << u"ctrl+k+control+ctrl"_s << u"ctrl+k"_s;
+    QTest::newRow("every name of super") << u"cmd+super+meta+win+command+k"_s << u"cmd+k"_s;
+    QTest::newRow("mixed padding") << u" \t cmd \t+ \tup\t "_s << u"cmd+up"_s;
 }
 
 void TestKeys::equivalentSpellings()
@@ -164,26 +157,21 @@ void TestKeys::invalidText_data()
     QTest::addColumn<QString>("text");
 
     QTest::newRow("empty") << QString();
-    QTest::newRow("only separators") << QStringLiteral("+++");
-    QTest::newRow("lone plus") << QStringLiteral("+");
-    QTest::newRow("only a modifier") << QStringLiteral("cmd");
-    QTest::newRow("only modifiers") << QStringLiteral("ctrl+shift");
-    QTest::newRow("two keys") << QStringLiteral("a+b");
-    QTest::newRow("two keys after modifier") << QStringLiteral("cmd+a+b");
-    QTest::newRow("same key twice") << QStringLiteral("cmd+a+a");
+    QTest::newRow("only separators") << u"+++"_s;
+    QTest::newRow("only modifiers") << u"ctrl+shift"_s;
+    QTest::newRow("two keys") << u"a+b"_s;
+    QTest::newRow("same key twice") << u"cmd+a+a"_s;
     // The split drops empty pieces before trimming, so a piece of bare padding is a piece of its own.
-    QTest::newRow("blank piece") << QStringLiteral("cmd+ +v");
-    QTest::newRow("only padding") << QStringLiteral(" ");
-    QTest::newRow("newline before key") << QStringLiteral("cmd+\nv");
-    QTest::newRow("newline after key") << QStringLiteral("cmd+v\n");
-    QTest::newRow("carriage return") << QStringLiteral("\rcmd+v");
-    QTest::newRow("non-breaking space") << QStringLiteral("cmd+\u00a0v");
-    QTest::newRow("space inside a word") << QStringLiteral("page up");
-    QTest::newRow("other separator") << QStringLiteral("cmd-v");
-    QTest::newRow("f13") << QStringLiteral("cmd+F13");
-    QTest::newRow("keypad digit") << QStringLiteral("cmd+numpad1");
-    QTest::newRow("plus spelled out") << QStringLiteral("cmd+plus");
-    QTest::newRow("non-latin letter") << QStringLiteral("cmd+\u00e9");
+    QTest::newRow("blank piece") << u"cmd+ +v"_s;
+    QTest::newRow("only padding") << u" "_s;
+    QTest::newRow("newline before key") << u"cmd+\nv"_s;
+    QTest::newRow("carriage return") << u"\rcmd+v"_s;
+    QTest::newRow("non-breaking space") << u"cmd+\u00a0v"_s;
+    QTest::newRow("space inside a word") << u"page up"_s;
+    QTest::newRow("other separator") << u"cmd-v"_s;
+    QTest::newRow("f13") << u"cmd+F13"_s;
+    QTest::newRow("plus spelled out") << u"cmd+plus"_s;
+    QTest::newRow("non-latin letter") << u"cmd+\u00e9"_s;
 }
 
 void TestKeys::invalidText()
@@ -221,18 +209,17 @@ void TestKeys::switchesAreAnsweredOrIgnored_data()
     const auto row = [](const char* name, const QStringList& arguments, int status, const QStringList& says) {
         QTest::newRow(name) << arguments << status << says;
     };
-    row("parse keys", words({"--parse-keys", "cmd+v"}), 0,
-        {QStringLiteral("keyCode=9 flags=1048576 carbon=256\n")});
+    row("parse keys", words({"--parse-keys", "cmd+v"}), 0, {u"keyCode=9 flags=1048576 carbon=256\n"_s});
     row("parse keys, mixed case", words({"--parse-keys", "Ctrl+Opt+Space"}), 0,
-        {QStringLiteral("keyCode=49 flags=786432 carbon=6144\n")});
-    row("parse nonsense", words({"--parse-keys", "nonsense"}), 0, {QStringLiteral("invalid\n")});
+        {u"keyCode=49 flags=786432 carbon=6144\n"_s});
+    row("parse nonsense", words({"--parse-keys", "nonsense"}), 0, {u"invalid\n"_s});
     // Looked for anywhere, before the other switches; as the last word it is ignored.
     row("parse keys after another switch", words({"--version", "--parse-keys", "f4"}), 0,
-        {QStringLiteral("keyCode=118 flags=0 carbon=0\n")});
+        {u"keyCode=118 flags=0 carbon=0\n"_s});
     row("parse keys without text", words({"--parse-keys"}), -1, {});
     row("parse keys last", words({"x", "--parse-keys"}), -1, {});
-    row("version", words({"--version"}), 0, {QStringLiteral("vantril ")});
-    row("help", words({"--help"}), 0, {QStringLiteral("--parse-keys"), QStringLiteral("--open TITLE")});
+    row("version", words({"--version"}), 0, {u"vantril "_s});
+    row("help", words({"--help"}), 0, {u"--parse-keys"_s, u"--open TITLE"_s});
     row("nothing", {}, -1, {});
     row("unknown switch", words({"--unknown", "file.txt"}), -1, {});
     // The probe switches are for the running program.
@@ -253,28 +240,27 @@ void TestKeys::switchesAreAnsweredOrIgnored()
 void TestKeys::checkReportsWhereTheFileIsWrong()
 {
     TempConfigDir dir;
-    const QString file = dir.file(QStringLiteral("edited.json"));
+    const QString file = dir.file(u"edited.json"_s);
     QVERIFY(writeAll(file, R"({"buttons":[{"title":"a","symbol":"","action":"open"}]})"));
-    QCOMPARE(run({QStringLiteral("--check"), file}),
-             std::make_pair(std::optional<int>(0), QStringLiteral("ok\n")));
+    QCOMPARE(run({u"--check"_s, file}), std::make_pair(std::optional<int>(0), u"ok\n"_s));
 
     QVERIFY(writeAll(file, "{\n  \"buttons\": [\n    {\"title\": \"a\",}\n  ]\n}"));
-    auto [status, text] = run({QStringLiteral("--check"), file});
+    auto [status, text] = run({u"--check"_s, file});
     QCOMPARE(status, std::optional<int>(1));
-    QVERIFY2(text.startsWith(QStringLiteral("line 3, column ")), qPrintable(text));
+    QVERIFY2(text.startsWith(u"line 3, column "_s), qPrintable(text));
 
     QVERIFY(writeAll(file, R"({"buttons":[{"title":"a","symbol":"","action":"group","children":[
                               {"title":"b","action":"open"}]}]})"));
-    QCOMPARE(run({QStringLiteral("--check"), file}).second,
-             QStringLiteral("buttons[0].children[0]: missing required key \"symbol\"\n"));
+    QCOMPARE(run({u"--check"_s, file}).second,
+             u"buttons[0].children[0]: missing required key \"symbol\"\n"_s);
 
-    const auto missing = run({QStringLiteral("--check"), dir.file(QStringLiteral("nope.json"))});
+    const auto missing = run({u"--check"_s, dir.file(u"nope.json"_s)});
     QCOMPARE(missing.first, std::optional<int>(1));
-    QVERIFY(missing.second.contains(QStringLiteral("nope.json: cannot read")));
+    QVERIFY(missing.second.contains(u"nope.json: cannot read"_s));
 
     // Without a file it checks the bar's own document.
     QVERIFY(writeAll(Config::buttonsPath(), Config::encoded(Config::defaults())));
-    QCOMPARE(run({QStringLiteral("--check")}).second, QStringLiteral("ok\n"));
+    QCOMPARE(run({u"--check"_s}).second, u"ok\n"_s);
 }
 
 void TestKeys::commandWordsForTheBar_data()
@@ -288,9 +274,8 @@ void TestKeys::commandWordsForTheBar_data()
     QTest::newRow("toggle") << words({"--toggle"}) << int(Kind::Toggle) << QString();
     QTest::newRow("first command decides") << words({"--hide", "--show"}) << int(Kind::Hide) << QString();
     QTest::newRow("quit after a stray word") << words({"x", "--quit"}) << int(Kind::Quit) << QString();
-    QTest::newRow("open a title") << words({"--open", "Files"}) << int(Kind::Open) << QStringLiteral("Files");
-    QTest::newRow("title as written")
-        << words({"--open", "--quit"}) << int(Kind::Open) << QStringLiteral("--quit");
+    QTest::newRow("open a title") << words({"--open", "Files"}) << int(Kind::Open) << u"Files"_s;
+    QTest::newRow("title as written") << words({"--open", "--quit"}) << int(Kind::Open) << u"--quit"_s;
     QTest::newRow("open without title") << words({"--toggle=no", "--open"}) << -1 << QString();
     QTest::newRow("open with empty title") << words({"--open", ""}) << -1 << QString();
 }
@@ -303,7 +288,7 @@ void TestKeys::commandWordsForTheBar()
     const BarCommand::Parsed parsed = BarCommand::parse(arguments);
     if (kind < 0) {
         QVERIFY(!parsed.command);
-        QCOMPARE(parsed.error, QStringLiteral("vantril: --open needs the title of a button"));
+        QCOMPARE(parsed.error, u"vantril: --open needs the title of a button"_s);
         return;
     }
     QVERIFY2(parsed.command, qPrintable(parsed.error));
@@ -318,15 +303,15 @@ void TestKeys::channelLinesDecodeOrAreRefused_data()
     QTest::addColumn<int>("status"); // -1: not a reply
     QTest::addColumn<QString>("message");
     const QStringList awkward = words({"--open", "Fotos \"2024\"\n\u00e9\U0001F600", ""});
-    const QString unreadable = QStringLiteral("could not read");
-    const QString titled = QStringLiteral("vantril: no button is titled \"a\nb\"");
+    const QString unreadable = u"could not read"_s;
+    const QString titled = u"vantril: no button is titled \"a\nb\""_s;
     using InstanceProtocol::encodeReply;
     using InstanceProtocol::encodeRequest;
     QTest::newRow("request") << encodeRequest(awkward) << QVariant(awkward) << QString() << -1 << QString();
     QTest::newRow("empty request") << encodeRequest({}) << QVariant(QStringList()) << QString() << -1
                                    << QString();
     QTest::newRow("newer version") << QByteArray(R"({"version":2,"arguments":[]})") << QVariant()
-                                   << QStringLiteral("not of version 2") << -1 << QString();
+                                   << u"not of version 2"_s << -1 << QString();
     QTest::newRow("no version") << QByteArray(R"({"arguments":["--show"]})") << QVariant() << unreadable << -1
                                 << QString();
     QTest::newRow("word not text") << QByteArray(R"({"version":1,"arguments":[1]})") << QVariant()
@@ -357,7 +342,7 @@ void TestKeys::channelLinesDecodeOrAreRefused()
         QCOMPARE(request.arguments, std::optional<QStringList>(arguments.toStringList()));
     } else {
         QVERIFY(!request.arguments);
-        QVERIFY2(request.error.startsWith(QStringLiteral("vantril: ")) && request.error.contains(why),
+        QVERIFY2(request.error.startsWith(u"vantril: "_s) && request.error.contains(why),
                  qPrintable(request.error));
     }
     const auto expected = status < 0 ? std::nullopt : std::optional(InstanceProtocol::Reply{status, message});
@@ -370,21 +355,20 @@ void TestKeys::socketIsPrivateAndNamedAfterTheFolder_data()
     QTest::addColumn<bool>("sameFolder");
     QTest::addColumn<QString>("runtimeDir"); // "@name": that folder of the test's, else as written
     QTest::addColumn<QString>("expectedIn"); // "runtime", "fallback", or empty for no socket
-    const QString runtime = QStringLiteral("runtime");
-    const QString fallback = QStringLiteral("fallback");
-    const QString cfg = QStringLiteral("cfg");
-    const QString usable = QStringLiteral("@private");
+    const QString runtime = u"runtime"_s;
+    const QString fallback = u"fallback"_s;
+    const QString cfg = u"cfg"_s;
+    const QString usable = u"@private"_s;
     QTest::newRow("runtime folder") << cfg << true << usable << runtime;
-    QTest::newRow("symlinked folder") << QStringLiteral("link") << true << usable << runtime;
-    QTest::newRow("spelled with dots") << QStringLiteral("cfg/../cfg/") << true << usable << runtime;
-    QTest::newRow("another folder") << QStringLiteral("other") << false << usable << runtime;
-    QTest::newRow("folder not made yet") << QStringLiteral("new") << false << usable << runtime;
+    QTest::newRow("symlinked folder") << u"link"_s << true << usable << runtime;
+    QTest::newRow("spelled with dots") << u"cfg/../cfg/"_s << true << usable << runtime;
+    QTest::newRow("another folder") << u"other"_s << false << usable << runtime;
+    QTest::newRow("folder not made yet") << u"new"_s << false << usable << runtime;
     QTest::newRow("no runtime folder") << cfg << true << QString() << fallback;
-    QTest::newRow("relative runtime folder") << cfg << true << QStringLiteral("private") << fallback;
-    QTest::newRow("runtime folder open to others") << cfg << true << QStringLiteral("@open") << fallback;
-    QTest::newRow("runtime folder is a file") << cfg << true << QStringLiteral("@file") << fallback;
-    QTest::newRow("too deep for a socket")
-        << cfg << true << QStringLiteral("@") + QString(90, u'd') << fallback;
+    QTest::newRow("relative runtime folder") << cfg << true << u"private"_s << fallback;
+    QTest::newRow("runtime folder open to others") << cfg << true << u"@open"_s << fallback;
+    QTest::newRow("runtime folder is a file") << cfg << true << u"@file"_s << fallback;
+    QTest::newRow("too deep for a socket") << cfg << true << u"@"_s + QString(90, u'd') << fallback;
     QTest::newRow("fallback is someone's symlink") << cfg << true << QString() << QString();
 }
 
@@ -403,26 +387,25 @@ void TestKeys::socketIsPrivateAndNamedAfterTheFolder()
     };
     for (const char* name : {"cfg", "other", "open"})
         QVERIFY(at.mkpath(QString::fromUtf8(name)));
-    QVERIFY(QFile::link(at.filePath(QStringLiteral("cfg")), at.filePath(QStringLiteral("link"))));
-    QVERIFY(makePrivate(QStringLiteral("private")) && makePrivate(QStringLiteral("tmp")));
+    QVERIFY(QFile::link(at.filePath(u"cfg"_s), at.filePath(u"link"_s)));
+    QVERIFY(makePrivate(u"private"_s) && makePrivate(u"tmp"_s));
     QVERIFY(makePrivate(QString(90, u'd')));
-    QVERIFY(writeAll(at.filePath(QStringLiteral("file")), "x"));
-    const QString fallback = at.filePath(QStringLiteral("tmp/vantril-%1").arg(::getuid()));
+    QVERIFY(writeAll(at.filePath(u"file"_s), "x"));
+    const QString fallback = at.filePath(u"tmp/vantril-%1"_s.arg(::getuid()));
     if (expectedIn.isEmpty()) // to a folder as private as can be: only the link itself is wrong
-        QVERIFY(QFile::link(at.filePath(QStringLiteral("private")), fallback));
+        QVERIFY(QFile::link(at.filePath(u"private"_s), fallback));
     const QString runtime = runtimeDir.startsWith(u'@') ? at.filePath(runtimeDir.mid(1)) : runtimeDir;
 
-    const QString tmp = at.filePath(QStringLiteral("tmp"));
+    const QString tmp = at.filePath(u"tmp"_s);
     const QString path = InstancePaths::socketPath(at.filePath(spelling), runtime, tmp);
     if (expectedIn.isEmpty()) {
         QCOMPARE(path, QString());
         return;
     }
     QCOMPARE(QFileInfo(path).absolutePath(), expectedIn == QLatin1String("runtime") ? runtime : fallback);
-    QVERIFY2(
-        QFileInfo(path).fileName().contains(QRegularExpression(QStringLiteral("^vantril-[0-9a-f]{16}$"))),
-        qPrintable(path));
-    QCOMPARE(path == InstancePaths::socketPath(at.filePath(QStringLiteral("cfg")), runtime, tmp), sameFolder);
+    QVERIFY2(QFileInfo(path).fileName().contains(QRegularExpression(u"^vantril-[0-9a-f]{16}$"_s)),
+             qPrintable(path));
+    QCOMPARE(path == InstancePaths::socketPath(at.filePath(u"cfg"_s), runtime, tmp), sameFolder);
     QVERIFY(QFile::encodeName(path).size() < 108); // fits a socket address
     // Made private at once: a folder others could enter would let them reach the bar.
     constexpr QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
@@ -431,8 +414,7 @@ void TestKeys::socketIsPrivateAndNamedAfterTheFolder()
         QCOMPARE(QFileInfo(fallback).permissions() & others, QFile::Permissions());
     // Every spelling of the folder meets the same lock.
     const QFileInfo lockFolder(QFileInfo(InstancePaths::lockFile(at.filePath(spelling))).absolutePath());
-    QCOMPARE(lockFolder.canonicalFilePath() ==
-                 QFileInfo(at.filePath(QStringLiteral("cfg"))).canonicalFilePath(),
+    QCOMPARE(lockFolder.canonicalFilePath() == QFileInfo(at.filePath(u"cfg"_s)).canonicalFilePath(),
              sameFolder);
 }
 

@@ -22,8 +22,8 @@
 namespace {
 
 constexpr int deadlineMs = 10000;
-const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString portalService = u"org.freedesktop.portal.Desktop"_s;
+const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
 
 /// A portal that records every call, in its own connection to the bus, and answers as a desktop would
 /// whose user grants everything, unless told otherwise.
@@ -57,9 +57,8 @@ public:
 
     void activate(const QString& session, const QString& id)
     {
-        QDBusMessage signal =
-            QDBusMessage::createSignal(portalPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
-                                       QStringLiteral("Activated"));
+        QDBusMessage signal = QDBusMessage::createSignal(
+            portalPath, u"org.freedesktop.portal.GlobalShortcuts"_s, u"Activated"_s);
         signal.setArguments(
             {QVariant::fromValue(QDBusObjectPath(session)), id, qulonglong(1), QVariantMap()});
         m_bus.send(signal);
@@ -74,7 +73,7 @@ public:
         const QVariantList arguments = message.arguments();
         if ((interface == u"GlobalShortcuts" && !offersShortcuts) ||
             (interface == u"RemoteDesktop" && !offersRemoteDesktop)) {
-            m_bus.send(message.createErrorReply(QDBusError::UnknownMethod, QStringLiteral("no such method")));
+            m_bus.send(message.createErrorReply(QDBusError::UnknownMethod, u"no such method"_s));
             return true;
         }
         // Maps arrive unread, as they do in any service.
@@ -83,49 +82,42 @@ public:
                                         ? qdbus_cast<QVariantMap>(last.value<QDBusArgument>())
                                         : QVariantMap();
         QString sender = message.service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
-        const QString request = portalPath + QStringLiteral("/request/") + sender + QLatin1Char('/') +
-                                options.value(QStringLiteral("handle_token")).toString();
-        const QString session = portalPath + QStringLiteral("/session/") + sender + QLatin1Char('/') +
-                                options.value(QStringLiteral("session_handle_token")).toString();
+        const QString request = portalPath + u"/request/"_s + sender + QLatin1Char('/') +
+                                options.value(u"handle_token"_s).toString();
+        const QString session = portalPath + u"/session/"_s + sender + QLatin1Char('/') +
+                                options.value(u"session_handle_token"_s).toString();
 
         if (call == u"GlobalShortcuts.CreateSession") {
             calls.append(call);
             shortcutSession = session;
             // This interface sends the handle as a string, the other one as an object path.
-            answer(message, request, 0, {{QStringLiteral("session_handle"), session}});
+            answer(message, request, 0, {{u"session_handle"_s, session}});
         } else if (call == u"GlobalShortcuts.BindShortcuts") {
             const PortalShortcutList shortcuts = PortalShortcut::listFrom(arguments.value(1));
             for (const PortalShortcut& shortcut : shortcuts)
                 calls.append(call + QLatin1Char(' ') + shortcut.id + QLatin1Char(' ') +
-                             shortcut.properties.value(QStringLiteral("preferred_trigger")).toString() +
-                             u" \"" + shortcut.properties.value(QStringLiteral("description")).toString() +
-                             u'"');
+                             shortcut.properties.value(u"preferred_trigger"_s).toString() + u" \"" +
+                             shortcut.properties.value(u"description"_s).toString() + u'"');
             PortalShortcutList bound;
             if (!bindsNothing)
-                bound.append({QStringLiteral("toggle"),
-                              {{QStringLiteral("trigger_description"), QStringLiteral("Meta+Ctrl+B")}}});
-            answer(message, request, bindAnswer, {{QStringLiteral("shortcuts"), QVariant::fromValue(bound)}});
+                bound.append({u"toggle"_s, {{u"trigger_description"_s, u"Meta+Ctrl+B"_s}}});
+            answer(message, request, bindAnswer, {{u"shortcuts"_s, QVariant::fromValue(bound)}});
         } else if (call == u"RemoteDesktop.CreateSession") {
             calls.append(call);
             answer(message, request, 0,
-                   {{QStringLiteral("session_handle"), QVariant::fromValue(QDBusObjectPath(session))}});
+                   {{u"session_handle"_s, QVariant::fromValue(QDBusObjectPath(session))}});
         } else if (call == u"RemoteDesktop.SelectDevices") {
-            calls.append(
-                QStringLiteral("%1 types=%2 persist=%3 token=%4")
-                    .arg(call, options.value(QStringLiteral("types")).toString(),
-                         options.value(QStringLiteral("persist_mode")).toString(),
-                         options.value(QStringLiteral("restore_token"), QStringLiteral("none")).toString()));
+            calls.append(u"%1 types=%2 persist=%3 token=%4"_s.arg(
+                call, options.value(u"types"_s).toString(), options.value(u"persist_mode"_s).toString(),
+                options.value(u"restore_token"_s, u"none"_s).toString()));
             answer(message, request, 0, {});
         } else if (call == u"RemoteDesktop.Start") {
             calls.append(call);
             answer(message, request, startAnswer,
-                   {{QStringLiteral("devices"), grantedDevices},
-                    {QStringLiteral("restore_token"), QStringLiteral("token-%1").arg(++m_tokens)}});
+                   {{u"devices"_s, grantedDevices}, {u"restore_token"_s, u"token-%1"_s.arg(++m_tokens)}});
         } else if (call == u"RemoteDesktop.NotifyKeyboardKeysym") {
-            calls.append(
-                QStringLiteral("key %1 %2")
-                    .arg(arguments.value(2).toInt(), 0, 16)
-                    .arg(arguments.value(3).toUInt() ? QStringLiteral("down") : QStringLiteral("up")));
+            calls.append(u"key %1 %2"_s.arg(arguments.value(2).toInt(), 0, 16)
+                             .arg(arguments.value(3).toUInt() ? u"down"_s : u"up"_s));
             m_bus.send(message.createReply());
         } else {
             calls.append(call);
@@ -141,8 +133,8 @@ private:
     {
         m_bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
         QTimer::singleShot(0, [bus = m_bus, request, code, results]() mutable {
-            QDBusMessage response = QDBusMessage::createSignal(
-                request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+            QDBusMessage response =
+                QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
             response.setArguments({code, results});
             bus.send(response);
         });
@@ -197,14 +189,13 @@ void TestPortals::initTestCase()
 {
     QVERIFY2(QDBusConnection::sessionBus().isConnected(), "needs a session bus: run under dbus-run-session");
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settings.path());
-    m_portalBus =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("stand-in portal"));
+    m_portalBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"stand-in portal"_s);
     QVERIFY(m_portalBus.isConnected());
 }
 
 void TestPortals::init()
 {
-    QFile::remove(m_settings.filePath(QStringLiteral("vantril/vantril.ini")));
+    QFile::remove(m_settings.filePath(u"vantril/vantril.ini"_s));
     m_portal = std::make_unique<StandInPortal>(m_portalBus);
     m_portal->setPresent(true);
 }
@@ -220,12 +211,11 @@ void TestPortals::hotkeyIsBoundWithTheConfiguredTrigger_data()
 {
     QTest::addColumn<QString>("configured");
     QTest::addColumn<QString>("trigger");
-    QTest::newRow("default") << QString() << QStringLiteral("CTRL+ALT+b");
-    QTest::newRow("every modifier") << QStringLiteral("cmd+shift+opt+ctrl+f5")
-                                    << QStringLiteral("CTRL+ALT+SHIFT+LOGO+F5");
-    QTest::newRow("named key") << QStringLiteral("ctrl+pageup") << QStringLiteral("CTRL+Page_Up");
-    QTest::newRow("punctuation") << QStringLiteral("alt+=") << QStringLiteral("ALT+equal");
-    QTest::newRow("digit") << QStringLiteral("super+7") << QStringLiteral("LOGO+7");
+    QTest::newRow("default") << QString() << u"CTRL+ALT+b"_s;
+    QTest::newRow("every modifier") << u"cmd+shift+opt+ctrl+f5"_s << u"CTRL+ALT+SHIFT+LOGO+F5"_s;
+    QTest::newRow("named key") << u"ctrl+pageup"_s << u"CTRL+Page_Up"_s;
+    QTest::newRow("punctuation") << u"alt+="_s << u"ALT+equal"_s;
+    QTest::newRow("digit") << u"super+7"_s << u"LOGO+7"_s;
 }
 
 void TestPortals::hotkeyIsBoundWithTheConfiguredTrigger()
@@ -240,11 +230,11 @@ void TestPortals::hotkeyIsBoundWithTheConfiguredTrigger()
     QVERIFY(fallback.grabbed);
 
     QTRY_COMPARE_WITH_TIMEOUT(grabber.status().state, PortalStatus::State::InUse, deadlineMs);
-    QCOMPARE(m_portal->calls, QStringList({QStringLiteral("GlobalShortcuts.CreateSession"),
-                                           QStringLiteral("GlobalShortcuts.BindShortcuts toggle ") + trigger +
-                                               QStringLiteral(" \"Show or hide the bar\"")}));
-    QCOMPARE(grabber.status().detail, QStringLiteral("Meta+Ctrl+B"));
-    QCOMPARE(PortalSettings::assignedTrigger(), QStringLiteral("Meta+Ctrl+B"));
+    QCOMPARE(m_portal->calls,
+             QStringList({u"GlobalShortcuts.CreateSession"_s, u"GlobalShortcuts.BindShortcuts toggle "_s +
+                                                                  trigger + u" \"Show or hide the bar\""_s}));
+    QCOMPARE(grabber.status().detail, u"Meta+Ctrl+B"_s);
+    QCOMPARE(PortalSettings::assignedTrigger(), u"Meta+Ctrl+B"_s);
     // The desktop holds it now; an X11 grab beside it would answer a key its settings do not show.
     QVERIFY(!fallback.grabbed);
 }
@@ -259,25 +249,23 @@ void TestPortals::activationTogglesAndAChangeRebinds()
     QTRY_COMPARE_WITH_TIMEOUT(grabber.status().state, PortalStatus::State::InUse, deadlineMs);
     const QString first = m_portal->shortcutSession;
 
-    m_portal->activate(first, QStringLiteral("other"));
-    m_portal->activate(first + QStringLiteral("x"), QStringLiteral("toggle"));
-    m_portal->activate(first, QStringLiteral("toggle"));
+    m_portal->activate(first, u"other"_s);
+    m_portal->activate(first + u"x"_s, u"toggle"_s);
+    m_portal->activate(first, u"toggle"_s);
     QTRY_COMPARE_WITH_TIMEOUT(toggles, 1, deadlineMs);
 
     // The same text again is not a change; a new one closes the session and binds in a new one, since a
     // session binds once.
-    hotkey.update(QStringLiteral("ctrl+opt+b"));
-    hotkey.update(QStringLiteral("ctrl+shift+f5"));
-    QTRY_COMPARE_WITH_TIMEOUT(
-        callsStartingWith(m_portal->calls, QStringLiteral("GlobalShortcuts.BindShortcuts")).size(), 2,
-        deadlineMs);
-    QCOMPARE(m_portal->calls.mid(2),
-             QStringList({QStringLiteral("Session.Close"), QStringLiteral("GlobalShortcuts.CreateSession"),
-                          QStringLiteral("GlobalShortcuts.BindShortcuts toggle "
-                                         "CTRL+SHIFT+F5 \"Show or hide the bar\"")}));
+    hotkey.update(u"ctrl+opt+b"_s);
+    hotkey.update(u"ctrl+shift+f5"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(callsStartingWith(m_portal->calls, u"GlobalShortcuts.BindShortcuts"_s).size(),
+                              2, deadlineMs);
+    QCOMPARE(m_portal->calls.mid(2), QStringList({u"Session.Close"_s, u"GlobalShortcuts.CreateSession"_s,
+                                                  QStringLiteral("GlobalShortcuts.BindShortcuts toggle "
+                                                                 "CTRL+SHIFT+F5 \"Show or hide the bar\"")}));
     QTRY_COMPARE_WITH_TIMEOUT(grabber.status().state, PortalStatus::State::InUse, deadlineMs);
-    m_portal->activate(first, QStringLiteral("toggle"));
-    m_portal->activate(m_portal->shortcutSession, QStringLiteral("toggle"));
+    m_portal->activate(first, u"toggle"_s);
+    m_portal->activate(m_portal->shortcutSession, u"toggle"_s);
     QTRY_COMPARE_WITH_TIMEOUT(toggles, 2, deadlineMs);
     QCOMPARE(toggles, 2);
 }
@@ -288,11 +276,10 @@ void TestPortals::hotkeyFallsBackToTheX11Grab_data()
     QTest::addColumn<QString>("situation");
     QTest::addColumn<PortalStatus::State>("state");
     QTest::newRow("X11 session") << false << QString() << PortalStatus::State::NotNeeded;
-    QTest::newRow("no portal service") << true << QStringLiteral("absent") << PortalStatus::State::Absent;
-    QTest::newRow("portal without shortcuts")
-        << true << QStringLiteral("no interface") << PortalStatus::State::Absent;
-    QTest::newRow("user cancels") << true << QStringLiteral("cancel") << PortalStatus::State::Refused;
-    QTest::newRow("nothing bound") << true << QStringLiteral("nothing") << PortalStatus::State::Refused;
+    QTest::newRow("no portal service") << true << u"absent"_s << PortalStatus::State::Absent;
+    QTest::newRow("portal without shortcuts") << true << u"no interface"_s << PortalStatus::State::Absent;
+    QTest::newRow("user cancels") << true << u"cancel"_s << PortalStatus::State::Refused;
+    QTest::newRow("nothing bound") << true << u"nothing"_s << PortalStatus::State::Refused;
 }
 
 void TestPortals::hotkeyFallsBackToTheX11Grab()
@@ -323,22 +310,17 @@ void TestPortals::keysAreTypedAsKeysyms_data()
     QTest::addColumn<QString>("combo");
     QTest::addColumn<QStringList>("keys");
     QTest::newRow("modifiers in order, released in reverse")
-        << QStringLiteral("shift+ctrl+t")
-        << QStringList({QStringLiteral("key ffe3 down"), QStringLiteral("key ffe1 down"),
-                        QStringLiteral("key 74 down"), QStringLiteral("key 74 up"),
-                        QStringLiteral("key ffe1 up"), QStringLiteral("key ffe3 up")});
-    QTest::newRow("alt and super") << QStringLiteral("cmd+opt+left")
-                                   << QStringList(
-                                          {QStringLiteral("key ffe9 down"), QStringLiteral("key ffeb down"),
-                                           QStringLiteral("key ff51 down"), QStringLiteral("key ff51 up"),
-                                           QStringLiteral("key ffeb up"), QStringLiteral("key ffe9 up")});
-    QTest::newRow("bare key") << QStringLiteral("f5")
-                              << QStringList(
-                                     {QStringLiteral("key ffc2 down"), QStringLiteral("key ffc2 up")});
+        << u"shift+ctrl+t"_s
+        << QStringList({u"key ffe3 down"_s, u"key ffe1 down"_s, u"key 74 down"_s, u"key 74 up"_s,
+                        u"key ffe1 up"_s, u"key ffe3 up"_s});
+    QTest::newRow("alt and super") << u"cmd+opt+left"_s
+                                   << QStringList({u"key ffe9 down"_s, u"key ffeb down"_s, u"key ff51 down"_s,
+                                                   u"key ff51 up"_s, u"key ffeb up"_s, u"key ffe9 up"_s});
+    QTest::newRow("bare key") << u"f5"_s << QStringList({u"key ffc2 down"_s, u"key ffc2 up"_s});
     // A paste presses its keys the same way and still puts the user's text back afterwards.
     QTest::newRow("paste") << QString()
-                           << QStringList({QStringLiteral("key ffe3 down"), QStringLiteral("key 76 down"),
-                                           QStringLiteral("key 76 up"), QStringLiteral("key ffe3 up")});
+                           << QStringList(
+                                  {u"key ffe3 down"_s, u"key 76 down"_s, u"key 76 up"_s, u"key ffe3 up"_s});
 }
 
 void TestPortals::keysAreTypedAsKeysyms()
@@ -346,40 +328,39 @@ void TestPortals::keysAreTypedAsKeysyms()
     QFETCH(QString, combo);
     QFETCH(QStringList, keys);
     FakePlatform fake;
-    fake.clipboardText = QStringLiteral("the user's");
+    fake.clipboardText = u"the user's"_s;
     PortalInputSynthesis input(
         fake.input(), fake.beeper(), [] { return true; }, true);
     Keys chips(input, fake.clipboard(), fake.beeper(), fake.scheduler());
     for (int press = 0; press < 2; ++press) {
         if (combo.isEmpty())
-            chips.paste(QStringLiteral("pasted"));
+            chips.paste(u"pasted"_s);
         else
             chips.press(combo);
     }
-    QTRY_COMPARE_WITH_TIMEOUT(callsStartingWith(m_portal->calls, QStringLiteral("key")), keys + keys,
-                              deadlineMs);
+    QTRY_COMPARE_WITH_TIMEOUT(callsStartingWith(m_portal->calls, u"key"_s), keys + keys, deadlineMs);
     // One session for every combination, typed by the portal alone.
-    QCOMPARE(callsStartingWith(m_portal->calls, QStringLiteral("RemoteDesktop.CreateSession")).size(), 1);
+    QCOMPARE(callsStartingWith(m_portal->calls, u"RemoteDesktop.CreateSession"_s).size(), 1);
     QCOMPARE(input.status().state, PortalStatus::State::InUse);
-    QVERIFY(callsStartingWith(fake.calls, QStringLiteral("post")).isEmpty());
+    QVERIFY(callsStartingWith(fake.calls, u"post"_s).isEmpty());
     fake.runPending();
-    QCOMPARE(fake.clipboardText, QStringLiteral("the user's"));
+    QCOMPARE(fake.clipboardText, u"the user's"_s);
 }
 
 void TestPortals::restoreTokenIsKeptAndReused()
 {
-    for (const QString& offered : {QStringLiteral("none"), QStringLiteral("token-1")}) {
+    for (const QString& offered : {u"none"_s, u"token-1"_s}) {
         FakePlatform fake;
         PortalInputSynthesis input(
             fake.input(), fake.beeper(), [] { return false; }, true);
         input.post(*KeyCombo::parse(u"f5"));
         QTRY_COMPARE_WITH_TIMEOUT(input.status().state, PortalStatus::State::InUse, deadlineMs);
         // Keyboard only, kept until the user withdraws it, with the token of the last start.
-        QVERIFY2(m_portal->calls.contains(
-                     QStringLiteral("RemoteDesktop.SelectDevices types=1 persist=2 token=") + offered),
-                 qPrintable(m_portal->calls.join(u'\n')));
+        QVERIFY2(
+            m_portal->calls.contains(u"RemoteDesktop.SelectDevices types=1 persist=2 token="_s + offered),
+            qPrintable(m_portal->calls.join(u'\n')));
     }
-    QCOMPARE(PortalSettings::restoreToken(), QStringLiteral("token-2"));
+    QCOMPARE(PortalSettings::restoreToken(), u"token-2"_s);
 }
 
 void TestPortals::keysFallBackWithoutThePortal_data()
@@ -387,16 +368,13 @@ void TestPortals::keysFallBackWithoutThePortal_data()
     QTest::addColumn<QString>("situation");
     QTest::addColumn<bool>("x11InFront");
     QTest::addColumn<PortalStatus::State>("state");
-    QTest::newRow("no portal, X11 window") << QStringLiteral("absent") << true << PortalStatus::State::Absent;
-    QTest::newRow("no portal, Wayland window")
-        << QStringLiteral("absent") << false << PortalStatus::State::Absent;
+    QTest::newRow("no portal, X11 window") << u"absent"_s << true << PortalStatus::State::Absent;
+    QTest::newRow("no portal, Wayland window") << u"absent"_s << false << PortalStatus::State::Absent;
     QTest::newRow("no interface, Wayland window")
-        << QStringLiteral("no interface") << false << PortalStatus::State::Absent;
-    QTest::newRow("refused, X11 window") << QStringLiteral("cancel") << true << PortalStatus::State::Refused;
-    QTest::newRow("refused, Wayland window")
-        << QStringLiteral("cancel") << false << PortalStatus::State::Refused;
-    QTest::newRow("no keyboard granted")
-        << QStringLiteral("no keyboard") << false << PortalStatus::State::Refused;
+        << u"no interface"_s << false << PortalStatus::State::Absent;
+    QTest::newRow("refused, X11 window") << u"cancel"_s << true << PortalStatus::State::Refused;
+    QTest::newRow("refused, Wayland window") << u"cancel"_s << false << PortalStatus::State::Refused;
+    QTest::newRow("no keyboard granted") << u"no keyboard"_s << false << PortalStatus::State::Refused;
 }
 
 void TestPortals::keysFallBackWithoutThePortal()
@@ -414,23 +392,22 @@ void TestPortals::keysFallBackWithoutThePortal()
     Keys chips(input, fake.clipboard(), fake.beeper(), fake.scheduler());
     StderrCapture log;
 
-    chips.press(QStringLiteral("ctrl+t"));
+    chips.press(u"ctrl+t"_s);
     QTRY_COMPARE_WITH_TIMEOUT(input.status().state, state, deadlineMs);
-    chips.press(QStringLiteral("ctrl+t"));
-    QVERIFY(callsStartingWith(m_portal->calls, QStringLiteral("key")).isEmpty());
+    chips.press(u"ctrl+t"_s);
+    QVERIFY(callsStartingWith(m_portal->calls, u"key"_s).isEmpty());
     if (x11InFront) {
-        QCOMPARE(callsStartingWith(fake.calls, QStringLiteral("post")).size(), 2);
+        QCOMPARE(callsStartingWith(fake.calls, u"post"_s).size(), 2);
         QVERIFY(log.text().isEmpty());
     } else {
-        QCOMPARE(fake.calls, QStringList({QStringLiteral("beep"), QStringLiteral("beep")}));
+        QCOMPARE(fake.calls, QStringList({u"beep"_s, u"beep"_s}));
         const QStringList lines = log.text().split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 1);
-        QVERIFY2(
-            lines.first().startsWith(QStringLiteral("Key and paste chips cannot type into this window: ")),
-            qPrintable(lines.first()));
+        QVERIFY2(lines.first().startsWith(u"Key and paste chips cannot type into this window: "_s),
+                 qPrintable(lines.first()));
     }
     // The desktop is asked once per run, not at every chip.
-    QVERIFY(callsStartingWith(m_portal->calls, QStringLiteral("RemoteDesktop.CreateSession")).size() <= 1);
+    QVERIFY(callsStartingWith(m_portal->calls, u"RemoteDesktop.CreateSession"_s).size() <= 1);
 }
 
 QTEST_GUILESS_MAIN(TestPortals)

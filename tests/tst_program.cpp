@@ -10,92 +10,74 @@ class TestProgram : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void parseKeysNeedsNoDisplay();
-    void withoutDisplayItSaysSoAndStops();
+    void withoutDisplay_data();
+    void withoutDisplay();
 };
 
-namespace {
-
-struct Outcome
+void TestProgram::withoutDisplay_data()
 {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-Outcome runProgram(const QStringList& arguments, const QProcessEnvironment& environment)
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VANTRIL_BINARY), arguments);
-    if (!process.waitForFinished(30000))
-        process.kill();
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("display"); // DISPLAY, empty: unset
+    QTest::addColumn<QString>("folder");  // the configuration folder within the temporary one
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("out"); // ending in "…": one line that begins so
+    QTest::addColumn<QString>("err");
+    const auto row = [](const QString& name, const QStringList& arguments, const char* display, int status,
+                        const char* out, const char* err, const char* folder = "") {
+        QTest::newRow(qPrintable(name))
+            << arguments << QString::fromUtf8(display) << QString::fromUtf8(folder) << status
+            << QString::fromUtf8(out) << QString::fromUtf8(err);
+    };
+    // The command line works without a display.
+    row(u"keys parsed"_s, {u"--parse-keys"_s, u"cmd+v"_s}, "", 0, "keyCode=9 flags=1048576 carbon=256\n", "");
+    row(u"keys that do not parse"_s, {u"--parse-keys"_s, u"cmd"_s}, "", 0, "invalid\n", "");
+    row(u"a file checked"_s, {u"--check"_s, u"missing.json"_s}, "", 1, "missing.json: cannot read…", "");
+    row(u"no display"_s, {}, "", 1, "", "vantril: no X display…");
+    row(u"a display that cannot be opened"_s, {}, ":4711", 1, "",
+        "vantril: cannot open the X display \":4711\"\n");
+    row(u"--open without a title"_s, {u"--open"_s}, "", 1, "",
+        "vantril: --open needs the title of a button\n");
+    // Hiding or ending a bar that does not run needs no display either.
+    for (const QString& word : {u"--hide"_s, u"--quit"_s}) {
+        row(word, {word}, "", 0, "", "");
+        row(word + u", folder not there"_s, {word}, "", 0, "", "", "absent");
+    }
 }
 
-QProcessEnvironment cleanEnvironment(const TempConfigDir& dir)
+void TestProgram::withoutDisplay()
 {
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, display);
+    QFETCH(QString, folder);
+    QFETCH(int, status);
+    QFETCH(QString, out);
+    QFETCH(QString, err);
+    TempConfigDir dir;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "VANTRIL_RESTORE", "VANTRIL_PRESET",
                              "VANTRIL_REMOVE_PRESET", "VANTRIL_CONTEXT_APP"})
         environment.remove(QString::fromUtf8(name));
-    environment.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), dir.path());
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.file(QStringLiteral("xdg")));
-    return environment;
-}
-
-} // namespace
-
-void TestProgram::parseKeysNeedsNoDisplay()
-{
-    TempConfigDir dir;
-    const auto environment = cleanEnvironment(dir);
-    const Outcome valid = runProgram({QStringLiteral("--parse-keys"), QStringLiteral("cmd+v")}, environment);
-    QCOMPARE(valid.status, 0);
-    QCOMPARE(valid.out, QStringLiteral("keyCode=9 flags=1048576 carbon=256\n"));
-    const Outcome invalid = runProgram({QStringLiteral("--parse-keys"), QStringLiteral("cmd")}, environment);
-    QCOMPARE(invalid.status, 0);
-    QCOMPARE(invalid.out, QStringLiteral("invalid\n"));
-    QVERIFY(entries(dir.path()).isEmpty()); // nothing was loaded or written
-}
-
-void TestProgram::withoutDisplayItSaysSoAndStops()
-{
-    TempConfigDir dir;
-    const Outcome outcome = runProgram({}, cleanEnvironment(dir));
-    QCOMPARE(outcome.status, 1);
-    QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
-    QVERIFY2(outcome.err.startsWith(QStringLiteral("vantril: no X display")), qPrintable(outcome.err));
-
-    auto unreachable = cleanEnvironment(dir);
-    unreachable.insert(QStringLiteral("DISPLAY"), QStringLiteral(":4711"));
-    const Outcome refused = runProgram({}, unreachable);
-    QCOMPARE(refused.status, 1);
-    QCOMPARE(refused.err, QStringLiteral("vantril: cannot open the X display \":4711\"\n"));
-
-    // Hiding or ending a bar that does not run needs no display, and makes nothing for it.
-    auto absent = cleanEnvironment(dir);
-    absent.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), dir.file(QStringLiteral("absent")));
-    for (const auto& environment : {absent, cleanEnvironment(dir)}) {
-        for (const QString& word : {QStringLiteral("--hide"), QStringLiteral("--quit")}) {
-            const Outcome done = runProgram({word}, environment);
-            QCOMPARE(done.status, 0);
-            QCOMPARE(done.err, QString());
-        }
-    }
-    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("absent"))));
-    QVERIFY(!QFileInfo::exists(dir.file(QStringLiteral("vantril.lock"))));
-    const Outcome untitled = runProgram({QStringLiteral("--open")}, cleanEnvironment(dir));
-    QCOMPARE(untitled.status, 1);
-    QCOMPARE(untitled.err, QStringLiteral("vantril: --open needs the title of a button\n"));
-
-    // The command line still works without one.
-    const Outcome check = runProgram({QStringLiteral("--check"), dir.file(QStringLiteral("missing.json"))},
-                                     cleanEnvironment(dir));
-    QCOMPARE(check.status, 1);
-    QVERIFY(check.out.contains(QStringLiteral("cannot read")));
+    if (!display.isEmpty())
+        environment.insert(u"DISPLAY"_s, display);
+    environment.insert(u"VANTRIL_CONFIG_DIR"_s, dir.file(folder));
+    environment.insert(u"XDG_CONFIG_HOME"_s, dir.file(u"xdg"_s));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(dir.path());
+    process.start(QStringLiteral(VANTRIL_BINARY), arguments);
+    QVERIFY(process.waitForFinished(30000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), status);
+    const auto matches = [](const QString& got, const QString& wanted) {
+        return wanted.endsWith(u'…') ? got.startsWith(wanted.chopped(1)) && got.count(u'\n') == 1
+                                     : got == wanted;
+    };
+    const QString said = QString::fromUtf8(process.readAllStandardOutput());
+    const QString complained = QString::fromUtf8(process.readAllStandardError());
+    QVERIFY2(matches(said, out), qPrintable(said));
+    QVERIFY2(matches(complained, err), qPrintable(complained));
+    // Nothing was loaded, written or locked for it.
+    QCOMPARE(entries(dir.path()), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

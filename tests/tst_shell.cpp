@@ -54,7 +54,7 @@ QStringList titles(const QList<Item>& items)
 {
     QStringList out;
     for (const Item& item : items)
-        out.append(item.isSeparator() ? QStringLiteral("—") : item.title);
+        out.append(item.isSeparator() ? u"—"_s : item.title);
     return out;
 }
 
@@ -178,40 +178,38 @@ void TestShell::manualHideIgnoresThePointer()
 void TestShell::menuItemsFollowTheState()
 {
     MenuModel::State state;
-    state.presetNames = {QStringLiteral("Mail"), QStringLiteral("Safari")};
+    state.presetNames = {u"Mail"_s, u"Safari"_s};
     QList<MenuModel::Item> items = MenuModel::populate(state);
     QVERIFY(titlesAreUnique(items));
-    QCOMPARE(items.at(0).title, QStringLiteral("Hide bar"));
+    QCOMPARE(items.at(0).title, u"Hide bar"_s);
     QCOMPARE(titles(items.at(5).submenu), state.presetNames);
-    QCOMPARE(items.at(5).submenu.at(1).argument, QStringLiteral("Safari"));
+    QCOMPARE(items.at(5).submenu.at(1).argument, u"Safari"_s);
     QCOMPARE(titles(items.at(6).submenu),
-             (QStringList{QStringLiteral("Back up now"), QStringLiteral("Show backups folder"),
-                          QStringLiteral("Restore")}));
+             (QStringList{u"Back up now"_s, u"Show backups folder"_s, u"Restore"_s}));
     QVERIFY(items.at(6).submenu.at(2).submenu.isEmpty());
     QCOMPARE(items.at(7).checked, std::optional<bool>(false));
     QCOMPARE(items.at(8).checked, std::optional<bool>(true));
     QCOMPARE(items.at(9).checked, std::optional<bool>(false));
 
     state.barShown = false;
-    state.contextName = QStringLiteral("Firefox");
+    state.contextName = u"Firefox"_s;
     state.canUndo = true;
-    state.appliedPresets = {QStringLiteral("Mail")};
-    state.backups = {{QStringLiteral("/b/buttons-2025-03-14-091500.json"),
-                      QStringLiteral("14 Mar 2025, 09:15 — 3 buttons")}};
+    state.appliedPresets = {u"Mail"_s};
+    state.backups = {{u"/b/buttons-2025-03-14-091500.json"_s, u"14 Mar 2025, 09:15 — 3 buttons"_s}};
     state.autoHide = true;
     state.trayIcon = false;
     state.launchAtLogin = true;
     state.hasUpdater = true;
     items = MenuModel::populate(state);
     QVERIFY(titlesAreUnique(items));
-    QCOMPARE(items.at(0).title, QStringLiteral("Show bar"));
-    QCOMPARE(items.at(4).title, QStringLiteral("Add button for Firefox…"));
-    QCOMPARE(items.at(5).title, QStringLiteral("Undo last change"));
-    QCOMPARE(items.at(14).title, QStringLiteral("Check for Updates…"));
+    QCOMPARE(items.at(0).title, u"Show bar"_s);
+    QCOMPARE(items.at(4).title, u"Add button for Firefox…"_s);
+    QCOMPARE(items.at(5).title, u"Undo last change"_s);
+    QCOMPARE(items.at(14).title, u"Check for Updates…"_s);
     const MenuModel::Item restore = items.at(9).submenu.at(2).submenu.first();
-    QCOMPARE(restore.title, QStringLiteral("14 Mar 2025, 09:15 — 3 buttons"));
+    QCOMPARE(restore.title, u"14 Mar 2025, 09:15 — 3 buttons"_s);
     QCOMPARE(restore.command, MenuModel::Command::Restore);
-    QCOMPARE(restore.argument, QStringLiteral("/b/buttons-2025-03-14-091500.json"));
+    QCOMPARE(restore.argument, u"/b/buttons-2025-03-14-091500.json"_s);
     QCOMPARE(items.at(8).submenu.first().command, MenuModel::Command::RemovePreset);
     QCOMPARE(items.at(10).checked, std::optional<bool>(true));
     QCOMPARE(items.at(11).checked, std::optional<bool>(false));
@@ -221,12 +219,12 @@ void TestShell::menuItemsFollowTheState()
 void TestShell::buttonMenuOfAPlainButtonOnTheSharedBar()
 {
     ItemMenuModel::State state;
-    state.button = button(QStringLiteral("Help"));
-    state.presetNames = {QStringLiteral("Mail")};
+    state.button = button(u"Help"_s);
+    state.presetNames = {u"Mail"_s};
     const auto items = ItemMenuModel::populate(state);
     QVERIFY(titlesAreUnique(items));
-    QCOMPARE(items.at(8).title, QStringLiteral("Add app preset"));
-    QCOMPARE(items.at(8).submenu.first().argument, QStringLiteral("Mail"));
+    QCOMPARE(items.at(8).title, u"Add app preset"_s);
+    QCOMPARE(items.at(8).submenu.first().argument, u"Mail"_s);
     QVERIFY(!find(items, ItemMenuModel::Command::Undo));
     QVERIFY(!find(items, ItemMenuModel::Command::MoveToContext) &&
             !find(items, ItemMenuModel::Command::MoveToGlobal));
@@ -237,30 +235,29 @@ void TestShell::buttonMenuOfAPlainButtonOnTheSharedBar()
 void TestShell::buttonMenuFollowsStacksLocksSetsAndHistory()
 {
     ItemMenuModel::State state;
-    state.button = button(QStringLiteral("Files"), QStringLiteral("group"));
+    state.button = button(u"Files"_s, u"group"_s);
     state.button.locked = true;
-    state.contextName = QStringLiteral("Firefox");
+    state.contextName = u"Firefox"_s;
     state.canUndo = true;
-    state.appliedPresets = {QStringLiteral("Safari")};
-    state.backups = {{QStringLiteral("/b/1.json"), QStringLiteral("label")}};
+    state.appliedPresets = {u"Safari"_s};
+    state.backups = {{u"/b/1.json"_s, u"label"_s}};
     state.autoHide = true;
     state.launchAtLogin = true;
     state.hasUpdater = true;
     auto items = ItemMenuModel::populate(state);
     QVERIFY(titlesAreUnique(items));
-    QCOMPARE(items.at(1).title, QStringLiteral("Unlock"));
-    QCOMPARE(find(items, ItemMenuModel::Command::AddToStack)->argument, QStringLiteral("Files"));
-    QCOMPARE(find(items, ItemMenuModel::Command::MoveToContext)->title,
-             QStringLiteral("Move to Firefox’s buttons"));
+    QCOMPARE(items.at(1).title, u"Unlock"_s);
+    QCOMPARE(find(items, ItemMenuModel::Command::AddToStack)->argument, u"Files"_s);
+    QCOMPARE(find(items, ItemMenuModel::Command::MoveToContext)->title, u"Move to Firefox’s buttons"_s);
     QVERIFY(find(items, ItemMenuModel::Command::Undo));
     QVERIFY(find(items, ItemMenuModel::Command::CheckForUpdates));
     QCOMPARE(find(items, ItemMenuModel::Command::AutoHide)->checked, std::optional<bool>(true));
     QCOMPARE(find(items, ItemMenuModel::Command::LaunchAtLogin)->checked, std::optional<bool>(true));
     const QStringList all = titles(items);
-    QVERIFY(all.contains(QStringLiteral("Remove app preset")));
-    const auto backups = items.at(all.indexOf(QStringLiteral("Backups")));
+    QVERIFY(all.contains(u"Remove app preset"_s));
+    const auto backups = items.at(all.indexOf(u"Backups"_s));
     QCOMPARE(backups.submenu.at(2).submenu.first().command, ItemMenuModel::Command::Restore);
-    QCOMPARE(backups.submenu.at(2).submenu.first().argument, QStringLiteral("/b/1.json"));
+    QCOMPARE(backups.submenu.at(2).submenu.first().argument, u"/b/1.json"_s);
 
     // A button of the front application's set moves back to the shared bar instead.
     state.inApplicationSet = true;
@@ -277,7 +274,7 @@ void TestShell::hotKeyHeldElsewhereIsReportedOncePerText()
     StderrCapture log;
     hotkey.update(std::nullopt);
     hotkey.update(std::nullopt); // a rebuild of the bar, nothing changed: not taken again, not said again
-    hotkey.update(QStringLiteral("Cmd+Option+K"));
+    hotkey.update(u"Cmd+Option+K"_s);
     const QStringList lines = log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(lines,
              (QStringList{QStringLiteral("Hot key ctrl+alt+b is taken by another program; bind `vantril "
@@ -286,7 +283,7 @@ void TestShell::hotKeyHeldElsewhereIsReportedOncePerText()
                                          "--toggle` in your desktop's keyboard settings instead")}));
 
     platform.grabRefused = false;
-    hotkey.update(QStringLiteral("ctrl+alt+j"));
+    hotkey.update(u"ctrl+alt+j"_s);
     QCOMPARE(log.text().split(QLatin1Char('\n'), Qt::SkipEmptyParts).size(), 2);
 }
 
@@ -296,73 +293,58 @@ void TestShell::sessionAndReachAreToldAsTheyAre_data()
     QTest::addColumn<int>("scope");           // what every backend says of itself
     QTest::addColumn<QString>("detail");
     QTest::addColumn<QString>("session");
-    QTest::addColumn<QString>("hotkeyLine"); // in the probe
-    QTest::addColumn<int>("startupLines");
-    QTest::addColumn<QString>("hotkeyStartupLine");
+    QTest::addColumn<QString>("hotkeyLine");  // in the probe
+    QTest::addColumn<QString>("startupLine"); // the first of four at start-up; none outside Wayland
     const int x11 = int(FacilityReach::Scope::X11);
     const int unavailable = int(FacilityReach::Scope::Unavailable);
-    const QString gnomeKeys = QStringLiteral(
-        "bind `vantril --toggle` in GNOME's Settings › Keyboard › Keyboard Shortcuts › View and Customize "
-        "Shortcuts › Custom Shortcuts");
-    QTest::newRow("GNOME on Wayland")
-        << QStringLiteral(
-               "XDG_SESSION_TYPE=wayland|WAYLAND_DISPLAY=wayland-0|DISPLAY=:0|XDG_CURRENT_DESKTOP=GNOME")
-        << x11 << QString() << QStringLiteral("Wayland (GNOME)")
-        << QStringLiteral("hot key: X11 windows only; instead ") + gnomeKeys << 4
-        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead ") +
-               gnomeKeys;
-    QTest::newRow("Plasma known only from its display")
-        << QStringLiteral("WAYLAND_DISPLAY=wayland-1|DISPLAY=:1|XDG_CURRENT_DESKTOP=KDE") << x11 << QString()
-        << QStringLiteral("Wayland (KDE Plasma)")
-        << QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in Plasma's System "
-                          "Settings › Shortcuts › Add Command…")
-        << 4
-        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead bind "
-                          "`vantril --toggle` in Plasma's System Settings › Shortcuts › Add Command…");
-    QTest::newRow("declared in odd case, desktop after a vendor's")
-        << QStringLiteral("XDG_SESSION_TYPE= Wayland |XDG_CURRENT_DESKTOP=ubuntu:GNOME") << x11 << QString()
-        << QStringLiteral("Wayland (GNOME)")
-        << QStringLiteral("hot key: X11 windows only; instead ") + gnomeKeys << 4
-        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead ") +
-               gnomeKeys;
-    QTest::newRow("a desktop without known settings")
-        << QStringLiteral("WAYLAND_DISPLAY=wayland-1|XDG_CURRENT_DESKTOP=sway") << x11 << QString()
-        << QStringLiteral("Wayland (sway)")
-        << QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in the desktop's "
-                          "keyboard settings")
-        << 4
-        << QStringLiteral("In this Wayland session the hot key works in X11 windows only; instead bind "
-                          "`vantril --toggle` in the desktop's keyboard settings");
-    QTest::newRow("no XTest under Wayland")
-        << QStringLiteral("WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=GNOME") << unavailable
-        << QStringLiteral("no XTest on this display") << QStringLiteral("Wayland (GNOME)")
-        << QStringLiteral("hot key: not available (no XTest on this display); instead ") + gnomeKeys << 4
-        << QStringLiteral("In this Wayland session the hot key is not available (no XTest on this display); "
-                          "instead ") +
-               gnomeKeys;
-    QTest::newRow("through a portal")
-        << QStringLiteral("WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=KDE")
-        << int(FacilityReach::Scope::Portal) << QStringLiteral("Ctrl+Alt+B")
-        << QStringLiteral("Wayland (KDE Plasma)") << QStringLiteral("hot key: through a portal (Ctrl+Alt+B)")
-        << 0 << QString();
-    QTest::newRow("Xfce on X11") << QStringLiteral("XDG_SESSION_TYPE=x11|DISPLAY=:0|XDG_CURRENT_DESKTOP=XFCE")
-                                 << x11 << QString() << QStringLiteral("X11 (Xfce)")
-                                 << QStringLiteral("hot key: all windows") << 0 << QString();
-    QTest::newRow("an empty Wayland display is none")
-        << QStringLiteral("WAYLAND_DISPLAY=|DISPLAY=:1|XDG_CURRENT_DESKTOP=X-Cinnamon") << x11 << QString()
-        << QStringLiteral("X11 (Cinnamon)") << QStringLiteral("hot key: all windows") << 0 << QString();
-    QTest::newRow("a text console forwarding X")
-        << QStringLiteral("XDG_SESSION_TYPE=tty|DISPLAY=localhost:10.0|XDG_CURRENT_DESKTOP=mate") << x11
-        << QString() << QStringLiteral("X11 (MATE)") << QStringLiteral("hot key: all windows") << 0
-        << QString();
-    QTest::newRow("no display at all")
-        << QStringLiteral("") << unavailable << QStringLiteral("no X display") << QStringLiteral("unknown")
-        << QStringLiteral("hot key: not available (no X display)") << 0 << QString();
-    QTest::newRow("names that would break a line are left out")
-        << QStringLiteral("DISPLAY=:0|XDG_CURRENT_DESKTOP=evil\nname:rm -rf;:") +
-               QString(40, QLatin1Char('x'))
-        << x11 << QString() << QStringLiteral("X11") << QStringLiteral("hot key: all windows") << 0
-        << QString();
+    // Under Wayland both say how far the hot key reaches and where the desktop binds the command instead.
+    const auto wayland = [](const char* name, const char* environment, int scope, const QString& detail,
+                            const char* session, const QString& reach, const QString& where) {
+        const QString instead = u"; instead bind `vantril --toggle` in "_s + where;
+        const QString probe = scope == int(FacilityReach::Scope::X11) ? u"X11 windows only"_s
+                                                                      : u"not available (%1)"_s.arg(detail);
+        QTest::newRow(name) << QString::fromUtf8(environment) << scope << detail << QString::fromUtf8(session)
+                            << u"hot key: "_s + probe + instead
+                            << u"In this Wayland session the hot key "_s + reach + instead;
+    };
+    const auto other = [](const char* name, const QString& environment, int scope, const QString& detail,
+                          const char* session, const QString& line) {
+        QTest::newRow(name) << environment << scope << detail << QString::fromUtf8(session) << line
+                            << QString();
+    };
+    const QString gnome =
+        u"GNOME's Settings › Keyboard › Keyboard Shortcuts › View and Customize Shortcuts › "
+        "Custom Shortcuts"_s;
+    const QString x11Only = u"works in X11 windows only"_s;
+    wayland("GNOME on Wayland",
+            "XDG_SESSION_TYPE=wayland|WAYLAND_DISPLAY=wayland-0|DISPLAY=:0|XDG_CURRENT_DESKTOP=GNOME", x11,
+            {}, "Wayland (GNOME)", x11Only, gnome);
+    wayland("Plasma known only from its display",
+            "WAYLAND_DISPLAY=wayland-1|DISPLAY=:1|XDG_CURRENT_DESKTOP=KDE", x11, {}, "Wayland (KDE Plasma)",
+            x11Only, u"Plasma's System Settings › Shortcuts › Add Command…"_s);
+    wayland("declared in odd case, desktop after a vendor's",
+            "XDG_SESSION_TYPE= Wayland |XDG_CURRENT_DESKTOP=ubuntu:GNOME", x11, {}, "Wayland (GNOME)",
+            x11Only, gnome);
+    wayland("a desktop without known settings", "WAYLAND_DISPLAY=wayland-1|XDG_CURRENT_DESKTOP=sway", x11, {},
+            "Wayland (sway)", x11Only, u"the desktop's keyboard settings"_s);
+    wayland("no XTest under Wayland", "WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=GNOME", unavailable,
+            u"no XTest on this display"_s, "Wayland (GNOME)",
+            u"is not available (no XTest on this display)"_s, gnome);
+    other("through a portal", u"WAYLAND_DISPLAY=wayland-0|XDG_CURRENT_DESKTOP=KDE"_s,
+          int(FacilityReach::Scope::Portal), u"Ctrl+Alt+B"_s, "Wayland (KDE Plasma)",
+          u"hot key: through a portal (Ctrl+Alt+B)"_s);
+    const QString all = u"hot key: all windows"_s;
+    other("Xfce on X11", u"XDG_SESSION_TYPE=x11|DISPLAY=:0|XDG_CURRENT_DESKTOP=XFCE"_s, x11, {}, "X11 (Xfce)",
+          all);
+    other("an empty Wayland display is none", u"WAYLAND_DISPLAY=|DISPLAY=:1|XDG_CURRENT_DESKTOP=X-Cinnamon"_s,
+          x11, {}, "X11 (Cinnamon)", all);
+    other("a text console forwarding X",
+          u"XDG_SESSION_TYPE=tty|DISPLAY=localhost:10.0|XDG_CURRENT_DESKTOP=mate"_s, x11, {}, "X11 (MATE)",
+          all);
+    other("no display at all", QString(), unavailable, u"no X display"_s, "unknown",
+          u"hot key: not available (no X display)"_s);
+    other("names that would break a line are left out",
+          u"DISPLAY=:0|XDG_CURRENT_DESKTOP=evil\nname:rm -rf;:"_s + QString(40, u'x'), x11, {}, "X11", all);
 }
 
 void TestShell::sessionAndReachAreToldAsTheyAre()
@@ -372,11 +354,10 @@ void TestShell::sessionAndReachAreToldAsTheyAre()
     QFETCH(QString, detail);
     QFETCH(QString, session);
     QFETCH(QString, hotkeyLine);
-    QFETCH(int, startupLines);
-    QFETCH(QString, hotkeyStartupLine);
+    QFETCH(QString, startupLine);
     QProcessEnvironment variables;
-    for (const QString& variable : environment.split(QLatin1Char('|'), Qt::SkipEmptyParts))
-        variables.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    for (const QString& variable : environment.split(u'|', Qt::SkipEmptyParts))
+        variables.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
     const Session detected = Session::detect(variables);
     QCOMPARE(detected.describe(), session);
 
@@ -385,8 +366,8 @@ void TestShell::sessionAndReachAreToldAsTheyAre()
     const QList<SessionReport::Entry> entries = SessionReport::gather(platform);
     QCOMPARE(SessionReport::probeLine(entries.first(), detected), hotkeyLine);
     const QStringList lines = SessionReport::startupLines(entries, detected);
-    QCOMPARE(lines.size(), startupLines);
-    QCOMPARE(lines.value(0), hotkeyStartupLine);
+    QCOMPARE(lines.size(), startupLine.isEmpty() ? 0 : 4);
+    QCOMPARE(lines.value(0), startupLine);
 }
 
 void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()
@@ -394,32 +375,30 @@ void TestShell::updateVerdictsShowOnlyWhatIsSafe_data()
     QTest::addColumn<QByteArray>("feed");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("link");
-    const QString newer = QStringLiteral("Vantril 2.0 is available (you have 1.0).");
+    const QString newer = u"Vantril 2.0 is available (you have 1.0)."_s;
     QTest::newRow("newer with a link")
         << QByteArray(R"({"version": "2.0", "url": "https://example.org/v2?a=1&b=2"})")
         << newer + QStringLiteral("<br><a href=\"https://example.org/v2?a=1&amp;b=2\">"
                                   "https://example.org/v2?a=1&amp;b=2</a>")
-        << QStringLiteral("https://example.org/v2?a=1&b=2");
-    QTest::newRow("same version") << QByteArray(R"({"version": "1.0"})")
-                                  << QStringLiteral("Vantril 1.0 is up to date.") << QString();
+        << u"https://example.org/v2?a=1&b=2"_s;
+    QTest::newRow("same version") << QByteArray(R"({"version": "1.0"})") << u"Vantril 1.0 is up to date."_s
+                                  << QString();
     QTest::newRow("no version") << QByteArray(R"({"url": "https://example.org"})")
-                                << QStringLiteral("The update feed could not be read.") << QString();
+                                << u"The update feed could not be read."_s << QString();
     // Versions compare by number.
-    QTest::newRow("older") << QByteArray(R"({"version": "0.9"})")
-                           << QStringLiteral("Vantril 1.0 is up to date.") << QString();
+    QTest::newRow("older") << QByteArray(R"({"version": "0.9"})") << u"Vantril 1.0 is up to date."_s
+                           << QString();
     QTest::newRow("1.0.1 is newer") << QByteArray(R"({"version": "1.0.1"})")
-                                    << QStringLiteral("Vantril 1.0.1 is available (you have 1.0).")
-                                    << QString();
+                                    << u"Vantril 1.0.1 is available (you have 1.0)."_s << QString();
     QTest::newRow("1.10") << QByteArray(R"({"version": "1.10"})")
-                          << QStringLiteral("Vantril 1.10 is available (you have 1.0).") << QString();
-    QTest::newRow("not JSON") << QByteArray("<html>502</html>")
-                              << QStringLiteral("The update feed could not be read.") << QString();
-    QTest::newRow("version not text") << QByteArray(R"({"version": 2})")
-                                      << QStringLiteral("The update feed could not be read.") << QString();
+                          << u"Vantril 1.10 is available (you have 1.0)."_s << QString();
+    QTest::newRow("not JSON") << QByteArray("<html>502</html>") << u"The update feed could not be read."_s
+                              << QString();
+    QTest::newRow("version not text")
+        << QByteArray(R"({"version": 2})") << u"The update feed could not be read."_s << QString();
     QTest::newRow("markup after the number is text")
         << QByteArray(R"({"version": "2.0<img src=x onerror=alert(1)>"})")
-        << QStringLiteral("Vantril 2.0&lt;img src=x onerror=alert(1)&gt; is available (you have 1.0).")
-        << QString();
+        << u"Vantril 2.0&lt;img src=x onerror=alert(1)&gt; is available (you have 1.0)."_s << QString();
     QTest::newRow("plain http is no link")
         << QByteArray(R"({"version": "2.0", "url": "http://example.org/v2"})") << newer << QString();
     QTest::newRow("script is no link")
@@ -437,7 +416,7 @@ void TestShell::updateVerdictsShowOnlyWhatIsSafe()
     QFETCH(QString, text);
     QFETCH(QString, link);
     QString given;
-    QCOMPARE(UpdateVerdict::of(feed, QStringLiteral("1.0"), &given), text);
+    QCOMPARE(UpdateVerdict::of(feed, u"1.0"_s, &given), text);
     QCOMPARE(given, link);
 }
 

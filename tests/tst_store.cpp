@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QLocale>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTest>
 #include <csignal>
 #include <poll.h>
@@ -30,11 +31,8 @@ class TestStore : public QObject
 private Q_SLOTS:
     void folderFollowsEnvironment_data();
     void folderFollowsEnvironment();
-    void firstLaunchWritesDefaults();
-    void validFileIsReadWithoutWriting();
-    void unreadableFileWithoutBackupsIsLeftAlone_data();
-    void unreadableFileWithoutBackupsIsLeftAlone();
-    void unreadableFileRestoresNewestGoodBackup();
+    void loadingWithoutABackup_data();
+    void loadingWithoutABackup();
     void recoveryOverwritesOnlyWhatIsKept_data();
     void recoveryOverwritesOnlyWhatIsKept();
     void saveIsAtomicAndKeepsLinksAndPermissions();
@@ -74,34 +72,6 @@ namespace {
 
 const QDateTime noon(QDate(2025, 3, 14), QTime(12, 0, 0));
 
-/// Sets or unsets one environment variable for the scope.
-class EnvGuard
-{
-public:
-    EnvGuard(const char* name, const std::optional<QByteArray>& value)
-        : m_name(name)
-        , m_old(qgetenv(name))
-        , m_wasSet(qEnvironmentVariableIsSet(name))
-    {
-        if (value)
-            qputenv(name, *value);
-        else
-            qunsetenv(name);
-    }
-    ~EnvGuard()
-    {
-        if (m_wasSet)
-            qputenv(m_name, m_old);
-        else
-            qunsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    QByteArray m_old;
-    bool m_wasSet;
-};
-
 QByteArray goodDocument(const char* title)
 {
     return QByteArray(R"({"buttons":[{"title":")") + title + R"(","symbol":"","action":"open"}]})";
@@ -120,17 +90,16 @@ void TestStore::folderFollowsEnvironment_data()
     QTest::addColumn<QVariant>("xdg"); // XDG_CONFIG_HOME, invalid: unset
     QTest::addColumn<QString>("folder");
     const QString home = QDir::homePath();
-    QTest::newRow("neither") << QVariant() << QVariant() << home + QStringLiteral("/.config/vantril");
-    QTest::newRow("XDG") << QVariant() << QVariant(QStringLiteral("/tmp/xdg-somewhere"))
-                         << QStringLiteral("/tmp/xdg-somewhere/vantril");
+    QTest::newRow("neither") << QVariant() << QVariant() << home + u"/.config/vantril"_s;
+    QTest::newRow("XDG") << QVariant() << QVariant(u"/tmp/xdg-somewhere"_s)
+                         << u"/tmp/xdg-somewhere/vantril"_s;
     // A relative XDG_CONFIG_HOME is invalid by the base-directory rules and is ignored.
-    QTest::newRow("relative XDG") << QVariant() << QVariant(QStringLiteral("relative/dir"))
-                                  << home + QStringLiteral("/.config/vantril");
-    QTest::newRow("own before XDG") << QVariant(QStringLiteral("/srv/bar config/~x"))
-                                    << QVariant(QStringLiteral("/tmp/xdg"))
-                                    << QStringLiteral("/srv/bar config/~x");
-    QTest::newRow("own, relative") << QVariant(QStringLiteral("sub/dir")) << QVariant()
-                                   << QDir::current().absoluteFilePath(QStringLiteral("sub/dir"));
+    QTest::newRow("relative XDG") << QVariant() << QVariant(u"relative/dir"_s)
+                                  << home + u"/.config/vantril"_s;
+    QTest::newRow("own before XDG") << QVariant(u"/srv/bar config/~x"_s) << QVariant(u"/tmp/xdg"_s)
+                                    << u"/srv/bar config/~x"_s;
+    QTest::newRow("own, relative") << QVariant(u"sub/dir"_s) << QVariant()
+                                   << QDir::current().absoluteFilePath(u"sub/dir"_s);
     // Set but empty is still set: the current folder, not the default.
     QTest::newRow("own, empty") << QVariant(QString()) << QVariant() << QDir::currentPath();
 }
@@ -140,99 +109,72 @@ void TestStore::folderFollowsEnvironment()
     QFETCH(QVariant, own);
     QFETCH(QVariant, xdg);
     QFETCH(QString, folder);
-    const auto value = [](const QVariant& v) {
-        return v.isValid() ? std::optional(v.toString().toLocal8Bit()) : std::nullopt;
-    };
-    EnvGuard config("VANTRIL_CONFIG_DIR", value(own));
-    EnvGuard base("XDG_CONFIG_HOME", value(xdg));
+    TempConfigDir restoresTheOwnFolder;
+    const QByteArray xdgBefore = qgetenv("XDG_CONFIG_HOME");
+    const bool xdgWasSet = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+    const auto restore = qScopeGuard(
+        [&] { xdgWasSet ? qputenv("XDG_CONFIG_HOME", xdgBefore) : qunsetenv("XDG_CONFIG_HOME"); });
+    for (const auto& [name, value] :
+         {std::pair{"VANTRIL_CONFIG_DIR", own}, std::pair{"XDG_CONFIG_HOME", xdg}}) {
+        if (value.isValid())
+            qputenv(name, value.toString().toLocal8Bit());
+        else
+            qunsetenv(name);
+    }
     QCOMPARE(Config::dir(), folder);
-    QCOMPARE(Config::buttonsPath(), folder + QStringLiteral("/buttons.json"));
-    QCOMPARE(Config::backupsDir(), folder + QStringLiteral("/backups"));
+    QCOMPARE(Config::buttonsPath(), folder + u"/buttons.json"_s);
+    QCOMPARE(Config::backupsDir(), folder + u"/backups"_s);
 }
 
-void TestStore::firstLaunchWritesDefaults()
+void TestStore::loadingWithoutABackup_data()
 {
-    TempConfigDir dir;
-    const QString nested = dir.file(QStringLiteral("a/b/c"));
-    qputenv("VANTRIL_CONFIG_DIR", nested.toLocal8Bit());
-    StderrCapture log;
-    QCOMPARE(Config::load(noon), Config::defaults());
-    QCOMPARE(readAll(nested + QStringLiteral("/buttons.json")), Config::encoded(Config::defaults()));
-    QCOMPARE(entries(nested), QStringList{QStringLiteral("buttons.json")}); // no backups folder yet
-    QCOMPARE(log.text(), QString());
-}
-
-void TestStore::validFileIsReadWithoutWriting()
-{
-    TempConfigDir dir;
-    const QByteArray text =
+    QTest::addColumn<QByteArray>("file"); // buttons.json before the start; "-": none
+    QTest::addColumn<bool>("readable");
+    const QByteArray valid =
         "  {\"buttons\":[{\"title\":\"X\",\"symbol\":\"\",\"action\":\"open\",\"unknown\":1}]}\n";
-    QVERIFY(writeAll(dir.buttonsJson(), text));
+    QTest::newRow("first launch writes the defaults") << QByteArray("-") << true;
+    QTest::newRow("valid file is read, not written") << valid << true;
+    QTest::newRow("zero bytes") << QByteArray() << false;
+    QTest::newRow("not json") << QByteArray("buttons = [files, apps]") << false;
+    QTest::newRow("missing symbol") << QByteArray(R"({"buttons":[{"title":"a","action":"open"}]})") << false;
+}
+
+void TestStore::loadingWithoutABackup()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(bool, readable);
+    TempConfigDir dir;
+    // A folder that is not there yet is made, parents and all.
+    const QString folder = dir.file(u"a/b/c"_s);
+    qputenv("VANTRIL_CONFIG_DIR", folder.toLocal8Bit());
+    if (file != "-")
+        QVERIFY(QDir().mkpath(folder) && writeAll(folder + u"/buttons.json"_s, file));
     StderrCapture log;
     const BarConfig config = Config::load(noon);
-    QCOMPARE(config.buttons.size(), 1);
-    QCOMPARE(config.buttons.first().title, QStringLiteral("X"));
-    QCOMPARE(readAll(dir.buttonsJson()), text);
-    QCOMPARE(entries(dir.path()), QStringList{QStringLiteral("buttons.json")});
-    QCOMPARE(log.text(), QString());
-}
-
-void TestStore::unreadableFileWithoutBackupsIsLeftAlone_data()
-{
-    QTest::addColumn<QByteArray>("broken");
-    QTest::newRow("zero bytes") << QByteArray();
-    QTest::newRow("not json") << QByteArray("buttons = [files, apps]");
-    QTest::newRow("missing symbol") << QByteArray(R"({"buttons":[{"title":"a","action":"open"}]})");
-}
-
-void TestStore::unreadableFileWithoutBackupsIsLeftAlone()
-{
-    QFETCH(QByteArray, broken);
-    TempConfigDir dir;
-    QVERIFY(writeAll(dir.buttonsJson(), broken));
-    StderrCapture log;
-    QCOMPARE(Config::load(noon), Config::defaults());
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable and there is no backup; "
-                                        "using defaults without overwriting it\n"));
-    QCOMPARE(readAll(dir.buttonsJson()), broken);
-    QCOMPARE(entries(dir.backups()), QStringList{QStringLiteral("invalid-2025-03-14-120000.json")});
-    QCOMPARE(readAll(dir.backups() + QStringLiteral("/invalid-2025-03-14-120000.json")), broken);
-}
-
-void TestStore::unreadableFileRestoresNewestGoodBackup()
-{
-    TempConfigDir dir;
-    QVERIFY(QDir().mkpath(dir.backups()));
-    // The newest backup is broken too; the one before it is good and has its own layout.
-    const QByteArray good = "{ \"buttons\" : [ {\"title\":\"Old\",\"symbol\":\"\",\"action\":\"open\"} ] }";
-    QVERIFY(
-        writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-10-080000.json"), goodDocument("Oldest")));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-12-080000.json"), good));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-13-080000.json"), "{broken"));
-    QVERIFY(
-        writeAll(dir.backups() + QStringLiteral("/invalid-2025-03-13-090000.json"), goodDocument("Invalid")));
-    QVERIFY(writeAll(dir.buttonsJson(), "[]"));
-
-    StderrCapture log;
-    const BarConfig config = Config::load(noon);
-    QCOMPARE(config.buttons.first().title, QStringLiteral("Old"));
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable; restored the newest backup "
-                                        "buttons-2025-03-12-080000.json\n"));
-    QCOMPARE(readAll(dir.buttonsJson()), good); // the backup's own bytes, not re-encoded
-    QCOMPARE(readAll(dir.backups() + QStringLiteral("/invalid-2025-03-14-120000.json")), QByteArray("[]"));
-    QCOMPARE(Config::backupFiles().size(), 3); // no regular backup was added
+    const QByteArray after = file == "-" ? Config::encoded(Config::defaults()) : file;
+    QCOMPARE(config, ConfigReader::decode(after).value_or(Config::defaults()));
+    QCOMPARE(readAll(folder + u"/buttons.json"_s), after);
+    if (readable) {
+        QCOMPARE(entries(folder), QStringList{u"buttons.json"_s}); // no backups folder yet
+        QCOMPARE(log.text(), QString());
+        return;
+    }
+    QCOMPARE(log.text(), u"buttons.json was unreadable and there is no backup; "
+                         "using defaults without overwriting it\n"_s);
+    QCOMPARE(filesUnder(folder + u"/backups"_s),
+             (QMap<QString, QByteArray>{{u"invalid-2025-03-14-120000.json"_s, file}}));
 }
 
 void TestStore::recoveryOverwritesOnlyWhatIsKept_data()
 {
     QTest::addColumn<Trouble>("trouble");
     QTest::addColumn<bool>("replaced");       // buttons.json now holds the backup's bytes
-    QTest::addColumn<QStringList>("invalid"); // the "invalid-" copies afterwards
+    QTest::addColumn<QStringList>("invalid"); // the "invalid-" copies made or kept of the broken file
 
-    const QString kept = QStringLiteral("invalid-2025-03-13-090000.json");
-    const QString made = QStringLiteral("invalid-2025-03-14-120000.json");
+    const QString kept = u"invalid-2025-03-13-090000.json"_s;
+    const QString made = u"invalid-2025-03-14-120000.json"_s;
     const auto keepBroken = [](const TempConfigDir& dir) {
-        QVERIFY(writeAll(dir.backups() + QStringLiteral("/invalid-2025-03-13-090000.json"), "{broken"));
+        QVERIFY(writeAll(dir.backups() + u"/invalid-2025-03-13-090000.json"_s, "{broken"));
     };
     const auto readOnlyBackups = [](const TempConfigDir& dir) {
         QVERIFY(QFile::setPermissions(dir.backups(), QFile::ReadOwner | QFile::ExeOwner));
@@ -264,9 +206,16 @@ void TestStore::recoveryOverwritesOnlyWhatIsKept()
     QFETCH(QStringList, invalid);
     TempConfigDir dir;
     QVERIFY(QDir().mkpath(dir.backups()));
-    const QByteArray good = goodDocument("Good");
-    const QString backup = dir.backups() + QStringLiteral("/buttons-2025-03-12-080000.json");
-    QVERIFY(writeAll(backup, good));
+    // The newest backup is broken too, and "invalid-" copies are never restored: the good one before them,
+    // with a layout of its own, is.
+    const QByteArray good = "{ \"buttons\" : [ {\"title\":\"Good\",\"symbol\":\"\",\"action\":\"open\"} ] }";
+    const QMap<QString, QByteArray> backups = {
+        {u"buttons-2025-03-10-080000.json"_s, goodDocument("Oldest")},
+        {u"buttons-2025-03-12-080000.json"_s, good},
+        {u"buttons-2025-03-13-080000.json"_s, "{broken"},
+        {u"invalid-2025-03-13-100000.json"_s, goodDocument("Invalid")}};
+    for (auto it = backups.begin(); it != backups.end(); ++it)
+        QVERIFY(writeAll(dir.backups() + u'/' + it.key(), it.value()));
     QVERIFY(writeAll(dir.buttonsJson(), "{broken"));
     trouble(dir);
     const bool wasFile = QFileInfo(dir.buttonsJson()).isFile();
@@ -275,27 +224,29 @@ void TestStore::recoveryOverwritesOnlyWhatIsKept()
     const int code = inChild(dir.path(), [&] {
         const Config::Loaded loaded = Config::loadDocument(noon);
         const bool known = loaded.knownBytes == std::optional<QByteArray>(good);
-        return loaded.config.buttons.first().title == QStringLiteral("Good") && known == replaced ? 0 : 1;
+        return loaded.config.buttons.first().title == u"Good"_s && known == replaced ? 0 : 1;
     });
     QCOMPARE(code, 0);
-    QCOMPARE(log.text(), QStringLiteral("buttons.json was unreadable; restored the newest backup "
-                                        "buttons-2025-03-12-080000.json\n"));
+    QCOMPARE(log.text(), u"buttons.json was unreadable; restored the newest backup "
+                         "buttons-2025-03-12-080000.json\n"_s);
     openUp(dir.path());
     QCOMPARE(QFileInfo(dir.buttonsJson()).isFile(), wasFile);
-    if (wasFile)
+    if (wasFile) // the backup's own bytes, not re-encoded
         QCOMPARE(readAll(dir.buttonsJson()), replaced ? good : QByteArray("{broken"));
-    QStringList left = entries(dir.backups());
-    left.removeOne(QFileInfo(backup).fileName());
-    QCOMPARE(left, invalid);
-    for (const QString& name : invalid)
-        QCOMPARE(readAll(dir.backups() + QLatin1Char('/') + name), QByteArray("{broken"));
+    // No regular backup is added, and only copies of the broken file.
+    QMap<QString, QByteArray> left = filesUnder(dir.backups());
+    for (auto it = backups.begin(); it != backups.end(); ++it)
+        QCOMPARE(left.take(it.key()), it.value());
+    QCOMPARE(left.keys(), invalid);
+    for (const QByteArray& copy : left)
+        QCOMPARE(copy, QByteArray("{broken"));
 }
 
 void TestStore::saveIsAtomicAndKeepsLinksAndPermissions()
 {
     TempConfigDir dir;
-    const QString realFile = dir.file(QStringLiteral("dotfiles/buttons.json"));
-    QVERIFY(QDir().mkpath(dir.file(QStringLiteral("dotfiles"))));
+    const QString realFile = dir.file(u"dotfiles/buttons.json"_s);
+    QVERIFY(QDir().mkpath(dir.file(u"dotfiles"_s)));
     QVERIFY(writeAll(realFile, goodDocument("Linked")));
     QVERIFY(QFile::setPermissions(realFile, QFile::ReadOwner | QFile::WriteOwner));
     QVERIFY(QFile::link(realFile, dir.buttonsJson()));
@@ -307,20 +258,20 @@ void TestStore::saveIsAtomicAndKeepsLinksAndPermissions()
     QCOMPARE(QFile::permissions(realFile) & 0x7777,
              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
     // Nothing else is left behind in either folder.
-    QCOMPARE(entries(dir.path()), (QStringList{QStringLiteral("buttons.json"), QStringLiteral("dotfiles")}));
-    QCOMPARE(entries(dir.file(QStringLiteral("dotfiles"))), QStringList{QStringLiteral("buttons.json")});
+    QCOMPARE(entries(dir.path()), (QStringList{u"buttons.json"_s, u"dotfiles"_s}));
+    QCOMPARE(entries(dir.file(u"dotfiles"_s)), QStringList{u"buttons.json"_s});
 }
 
 void TestStore::unusableFolderFallsBackToDefaults()
 {
     TempConfigDir dir;
-    QVERIFY(writeAll(dir.file(QStringLiteral("plainfile")), "x"));
-    qputenv("VANTRIL_CONFIG_DIR", dir.file(QStringLiteral("plainfile/inside")).toLocal8Bit());
+    QVERIFY(writeAll(dir.file(u"plainfile"_s), "x"));
+    qputenv("VANTRIL_CONFIG_DIR", dir.file(u"plainfile/inside"_s).toLocal8Bit());
     StderrCapture log;
     QCOMPARE(Config::load(noon), Config::defaults());
     Config::save(Config::defaults()); // fails quietly
     QCOMPARE(log.text(), QString());
-    QCOMPARE(readAll(dir.file(QStringLiteral("plainfile"))), QByteArray("x"));
+    QCOMPARE(readAll(dir.file(u"plainfile"_s)), QByteArray("x"));
 }
 
 namespace {
@@ -348,10 +299,10 @@ QStringList backupNames()
 
 void TestStore::stampAndDateAreInverse()
 {
-    QCOMPARE(Config::stamp(t0), QStringLiteral("2025-03-14-091500"));
-    QCOMPARE(Config::date(QStringLiteral("/x/buttons-2025-03-14-091500.json")), std::optional<QDateTime>(t0));
+    QCOMPARE(Config::stamp(t0), u"2025-03-14-091500"_s);
+    QCOMPARE(Config::date(u"/x/buttons-2025-03-14-091500.json"_s), std::optional<QDateTime>(t0));
     // The first eight characters are dropped whatever they are.
-    QCOMPARE(Config::date(QStringLiteral("invalid-2025-03-14-091500.json")), std::optional<QDateTime>(t0));
+    QCOMPARE(Config::date(u"invalid-2025-03-14-091500.json"_s), std::optional<QDateTime>(t0));
     for (const char* name :
          {"buttons-notes.json", "buttons-2025-3-14-091500.json", "buttons-2025-04-31-091500.json",
           "buttons-2025-03-14-091500x.json", "buttons-2025-03-14-251500.json", "buttons-.json"})
@@ -367,10 +318,9 @@ void TestStore::listsRegularBackupsNewestFirst()
                              "invalid-2025-03-01-000000.json", "buttons-2025-02-01-000000.json.bak",
                              "Buttons-2025-04-01-000000.json", "buttons-2024-12-31-235959.JSON", "notes.txt"})
         QVERIFY(writeAll(dir.backups() + QLatin1Char('/') + QString::fromUtf8(name), "x"));
-    QCOMPARE(backupNames(), (QStringList{QStringLiteral("buttons-2025-02-01-000000.json"),
-                                         QStringLiteral("buttons-2025-01-01-000000.json")}));
-    QCOMPARE(Config::backupFiles().first(),
-             dir.backups() + QStringLiteral("/buttons-2025-02-01-000000.json"));
+    QCOMPARE(backupNames(),
+             (QStringList{u"buttons-2025-02-01-000000.json"_s, u"buttons-2025-01-01-000000.json"_s}));
+    QCOMPARE(Config::backupFiles().first(), dir.backups() + u"/buttons-2025-02-01-000000.json"_s);
 }
 
 void TestStore::throttleHoldsUnforcedSnapshotsForFiveMinutes()
@@ -387,13 +337,13 @@ void TestStore::throttleHoldsUnforcedSnapshotsForFiveMinutes()
     QVERIFY(writeAll(dir.buttonsJson(), document(3)));
     QVERIFY(!Config::snapshot(false, t0.addSecs(299 + 299)));
     QVERIFY(Config::snapshot(false, t0.addSecs(299 + 300)));
-    QCOMPARE(backupNames(), (QStringList{QStringLiteral("buttons-2025-03-14-092459.json"),
-                                         QStringLiteral("buttons-2025-03-14-091959.json"),
-                                         QStringLiteral("buttons-2025-03-14-091500.json")}));
+    QCOMPARE(backupNames(),
+             (QStringList{u"buttons-2025-03-14-092459.json"_s, u"buttons-2025-03-14-091959.json"_s,
+                          u"buttons-2025-03-14-091500.json"_s}));
     QCOMPARE(readAll(Config::backupFiles().last()), document(1));
 
     // A stamp in the future blocks unforced snapshots until five minutes after it.
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-14-120000.json"), document(9)));
+    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-14-120000.json"_s, document(9)));
     QVERIFY(writeAll(dir.buttonsJson(), document(4)));
     QVERIFY(!Config::snapshot(false, t0.addSecs(3600)));
     QVERIFY(!Config::snapshot(false, QDateTime(t0.date(), QTime(12, 4, 59))));
@@ -436,10 +386,9 @@ void TestStore::unreadableFileIsKeptAsInvalidCopy()
     // Other broken bytes in the same second do not replace a copy, which is never deleted.
     QVERIFY(writeAll(dir.buttonsJson(), "{\"buttons\": 3}"));
     QVERIFY(!Config::keepCopy(t0.addSecs(2)));
-    QCOMPARE(entries(dir.backups()), (QStringList{QStringLiteral("invalid-2025-03-14-091500.json"),
-                                                  QStringLiteral("invalid-2025-03-14-091502.json")}));
-    QCOMPARE(readAll(dir.backups() + QStringLiteral("/invalid-2025-03-14-091502.json")),
-             QByteArray("{\"buttons\": 2}"));
+    QCOMPARE(entries(dir.backups()),
+             (QStringList{u"invalid-2025-03-14-091500.json"_s, u"invalid-2025-03-14-091502.json"_s}));
+    QCOMPARE(readAll(dir.backups() + u"/invalid-2025-03-14-091502.json"_s), QByteArray("{\"buttons\": 2}"));
     QVERIFY(Config::backupFiles().isEmpty());
 }
 
@@ -457,18 +406,17 @@ void TestStore::troubleInBackupsFolderLosesNothing_data()
     // A copy that does not fit must not push the oldest of forty out.
     QTest::newRow("file-size limit, forty backups") << Trouble([](const TempConfigDir& dir) {
         for (int i = 0; i < 38; ++i)
-            QVERIFY(writeAll(
-                dir.backups() + QStringLiteral("/buttons-2025-03-13-%1.json").arg(i, 6, 10, QLatin1Char('0')),
-                document(10 + i)));
+            QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-13-%1.json"_s.arg(i, 6, 10, QLatin1Char('0')),
+                             document(10 + i)));
     }) << 0 << qint64(16) << false;
     QTest::newRow("read-only folder") << none << readOnly << qint64(-1) << false;
     QTest::newRow("writable, not listable") << none << notListable << qint64(-1) << true;
     // Named as the newest, with a stamp in the future that would hold back every unforced snapshot.
     QTest::newRow("folder named like a backup") << Trouble([](const TempConfigDir& dir) {
-        QVERIFY(QDir().mkpath(dir.backups() + QStringLiteral("/buttons-2099-01-01-000000.json/x")));
+        QVERIFY(QDir().mkpath(dir.backups() + u"/buttons-2099-01-01-000000.json/x"_s));
     }) << 0 << qint64(-1) << true;
     QTest::newRow("FIFO named like a backup") << Trouble([](const TempConfigDir& dir) {
-        const QString fifo = dir.backups() + QStringLiteral("/buttons-2099-01-01-000000.json");
+        const QString fifo = dir.backups() + u"/buttons-2099-01-01-000000.json"_s;
         QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     }) << 0 << qint64(-1) << true;
     QTest::newRow("backups is a file") << Trouble([](const TempConfigDir& dir) {
@@ -484,8 +432,8 @@ void TestStore::troubleInBackupsFolderLosesNothing()
     QFETCH(bool, written);
     TempConfigDir dir;
     QVERIFY(QDir().mkpath(dir.backups()));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-14-080000.json"), document(1)));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-14-081000.json"), document(2)));
+    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-14-080000.json"_s, document(1)));
+    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-14-081000.json"_s, document(2)));
     QVERIFY(writeAll(dir.buttonsJson(), document(3)));
     trouble(dir);
     const QMap<QString, QByteArray> before = filesUnder(dir.path());
@@ -498,7 +446,7 @@ void TestStore::troubleInBackupsFolderLosesNothing()
     openUp(dir.path());
     QMap<QString, QByteArray> after = filesUnder(dir.path());
     if (written)
-        QCOMPARE(after.take(QStringLiteral("backups/buttons-2025-03-14-091500.json")), document(3));
+        QCOMPARE(after.take(u"backups/buttons-2025-03-14-091500.json"_s), document(3));
     QCOMPARE(after, before);
 }
 
@@ -506,23 +454,23 @@ void TestStore::keepsFortyNewestAndNeverCountsInvalidOnes()
 {
     TempConfigDir dir;
     QVERIFY(QDir().mkpath(dir.backups()));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/invalid-2000-01-01-000000.json"), "x"));
+    QVERIFY(writeAll(dir.backups() + u"/invalid-2000-01-01-000000.json"_s, "x"));
     for (int i = 0; i < 41; ++i) {
         QVERIFY(writeAll(dir.buttonsJson(), document(i + 1)));
         QVERIFY(Config::snapshot(true, t0.addSecs(i)));
     }
     const QStringList names = backupNames();
     QCOMPARE(names.size(), Config::maxBackups);
-    QCOMPARE(names.first(), QStringLiteral("buttons-2025-03-14-091540.json"));
-    QCOMPARE(names.last(), QStringLiteral("buttons-2025-03-14-091501.json")); // the oldest went
-    QVERIFY(QFile::exists(dir.backups() + QStringLiteral("/invalid-2000-01-01-000000.json")));
+    QCOMPARE(names.first(), u"buttons-2025-03-14-091540.json"_s);
+    QCOMPARE(names.last(), u"buttons-2025-03-14-091501.json"_s); // the oldest went
+    QVERIFY(QFile::exists(dir.backups() + u"/invalid-2000-01-01-000000.json"_s));
 }
 
 void TestStore::handWrittenNotesFileIsNewestButNeverBlocks()
 {
     TempConfigDir dir;
     QVERIFY(QDir().mkpath(dir.backups()));
-    const QString notes = dir.backups() + QStringLiteral("/buttons-notes.json");
+    const QString notes = dir.backups() + u"/buttons-notes.json"_s;
     QVERIFY(writeAll(notes, document(1)));
     QVERIFY(writeAll(dir.buttonsJson(), document(1)));
 
@@ -531,7 +479,7 @@ void TestStore::handWrittenNotesFileIsNewestButNeverBlocks()
     QVERIFY(Config::snapshot(false, t0)); // no time in its name, so no throttle
     QVERIFY(writeAll(dir.buttonsJson(), document(3)));
     QVERIFY(Config::snapshot(false, t0.addSecs(10))); // still compared with the notes, never throttled
-    QCOMPARE(backupNames().first(), QStringLiteral("buttons-notes.json"));
+    QCOMPARE(backupNames().first(), u"buttons-notes.json"_s);
 
     for (int i = 0; i < 45; ++i) {
         QVERIFY(writeAll(dir.buttonsJson(), document(10 + i)));
@@ -560,30 +508,30 @@ void TestStore::restoreListLabelsAndLimits()
       "appSets":[{"app":"x","name":"X","buttons":[
             {"title":"c","symbol":"","action":"group","children":[{"title":"d","symbol":"","action":"x"}]}]},
         {"app":"y","name":"Y","buttons":[]}]})";
-    QVERIFY(writeAll(folder + QStringLiteral("buttons-2025-03-14-091500.json"), mixed));
-    QVERIFY(writeAll(folder + QStringLiteral("buttons-2025-03-14-091400.json"), document(1)));
-    QVERIFY(writeAll(folder + QStringLiteral("buttons-2025-03-14-091300.json"), "not json"));
+    QVERIFY(writeAll(folder + u"buttons-2025-03-14-091500.json"_s, mixed));
+    QVERIFY(writeAll(folder + u"buttons-2025-03-14-091400.json"_s, document(1)));
+    QVERIFY(writeAll(folder + u"buttons-2025-03-14-091300.json"_s, "not json"));
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
     const QList<BackupInfo> infos = Config::backupInfos();
     QCOMPARE(infos.size(), 2);
-    QCOMPARE(infos.at(0).id, folder + QStringLiteral("buttons-2025-03-14-091500.json"));
-    QCOMPARE(infos.at(0).label, QStringLiteral("14 Mar 2025, 09:15 — 5 buttons"));
-    QCOMPARE(infos.at(1).label, QStringLiteral("14 Mar 2025, 09:14 — 1 buttons"));
+    QCOMPARE(infos.at(0).id, folder + u"buttons-2025-03-14-091500.json"_s);
+    QCOMPARE(infos.at(0).label, u"14 Mar 2025, 09:15 — 5 buttons"_s);
+    QCOMPARE(infos.at(1).label, u"14 Mar 2025, 09:14 — 1 buttons"_s);
 
     // The label follows the user's language.
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    QVERIFY(Config::backupInfos().at(0).label.startsWith(QStringLiteral("14 März 2025, 09:15")));
+    QVERIFY(Config::backupInfos().at(0).label.startsWith(u"14 März 2025, 09:15"_s));
     QLocale::setDefault(QLocale::c());
 
     // Only the newest fifteen files are looked at, even when some of them are unreadable.
     for (int i = 0; i < 20; ++i) {
-        const QString name = QStringLiteral("buttons-2025-04-01-%1.json").arg(i, 6, 10, QLatin1Char('0'));
+        const QString name = u"buttons-2025-04-01-%1.json"_s.arg(i, 6, 10, QLatin1Char('0'));
         QVERIFY(writeAll(folder + name, i % 5 == 0 ? QByteArray("{") : document(2)));
     }
     const QList<BackupInfo> newest = Config::backupInfos();
     QCOMPARE(newest.size(), 12); // 15 files, 3 of them broken
-    QVERIFY(newest.first().id.endsWith(QStringLiteral("buttons-2025-04-01-000019.json")));
-    QVERIFY(newest.last().id.endsWith(QStringLiteral("buttons-2025-04-01-000006.json")));
+    QVERIFY(newest.first().id.endsWith(u"buttons-2025-04-01-000019.json"_s));
+    QVERIFY(newest.last().id.endsWith(u"buttons-2025-04-01-000006.json"_s));
 }
 
 namespace {
@@ -608,7 +556,7 @@ BarConfig numbered(int i, int size = 0)
 {
     BarConfig config;
     for (int b = 0; b <= (size ? size - 1 : i % 9); ++b)
-        config.buttons.append(button(QStringLiteral("Document %1, button %2").arg(i).arg(b)));
+        config.buttons.append(button(u"Document %1, button %2"_s.arg(i).arg(b)));
     return config;
 }
 
@@ -644,7 +592,7 @@ void TestStore::commitSavesBacksUpAndRecordsUndo()
     document.setAfterChange([&] { ++rebuilds; });
     QVERIFY(!document.canUndo());
 
-    document.cfg().buttons.append(button(QStringLiteral("One")));
+    document.cfg().buttons.append(button(u"One"_s));
     document.commit();
     QCOMPARE(rebuilds, 1);
     QVERIFY(document.canUndo());
@@ -656,7 +604,7 @@ void TestStore::commitSavesBacksUpAndRecordsUndo()
 
     // Within five minutes: saved, but no new backup.
     time.now = time.now.addSecs(120);
-    document.cfg().buttons.append(button(QStringLiteral("Two")));
+    document.cfg().buttons.append(button(u"Two"_s));
     document.commit();
     QCOMPARE(Config::backupFiles().size(), 1);
     // Five minutes after the first backup: the state after the first commit is backed up.
@@ -673,39 +621,38 @@ void TestStore::historyHoldsThirtyAndUndoWalksBack()
     ManualClock time;
     ConfigDocument document(Config::load(time.now), time.clock());
     for (int i = 1; i <= 31; ++i) {
-        document.cfg().hotkey = QStringLiteral("ctrl+%1").arg(i);
+        document.cfg().hotkey = u"ctrl+%1"_s.arg(i);
         document.commit();
     }
     QCOMPARE(document.history().size(), ConfigDocument::maxHistory);
-    QCOMPARE(document.history().first().hotkey, std::optional<QString>(QStringLiteral("ctrl+1")));
+    QCOMPARE(document.history().first().hotkey, std::optional<QString>(u"ctrl+1"_s));
 
     int rebuilds = 0;
     document.setAfterChange([&] { ++rebuilds; });
     document.undo();
-    QCOMPARE(document.cfg().hotkey, std::optional<QString>(QStringLiteral("ctrl+30")));
+    QCOMPARE(document.cfg().hotkey, std::optional<QString>(u"ctrl+30"_s));
     QCOMPARE(document.lastSaved(), document.cfg());
-    QCOMPARE(loadedFromDisk().hotkey, std::optional<QString>(QStringLiteral("ctrl+30")));
+    QCOMPARE(loadedFromDisk().hotkey, std::optional<QString>(u"ctrl+30"_s));
     for (int i = 0; i < 29; ++i)
         document.undo();
     QVERIFY(!document.canUndo());
-    QCOMPARE(document.cfg().hotkey, std::optional<QString>(QStringLiteral("ctrl+1")));
+    QCOMPARE(document.cfg().hotkey, std::optional<QString>(u"ctrl+1"_s));
     QCOMPARE(rebuilds, 30);
     document.undo(); // nothing left: no change, no save, no rebuild
     QCOMPARE(rebuilds, 30);
-    QCOMPARE(document.cfg().hotkey, std::optional<QString>(QStringLiteral("ctrl+1")));
+    QCOMPARE(document.cfg().hotkey, std::optional<QString>(u"ctrl+1"_s));
 }
 
 void TestStore::emptyApplicationSetsAreDroppedOnCommit()
 {
     TempConfigDir dir;
     BarConfig start = Config::defaults();
-    start.appSets = QList<AppSet>{{QStringLiteral("a"), QStringLiteral("A"), {button(QStringLiteral("x"))}},
-                                  {QStringLiteral("b"), QStringLiteral("B"), {}},
-                                  {QStringLiteral("c"), QStringLiteral("C"), {button(QStringLiteral("y"))}}};
+    start.appSets = QList<AppSet>{
+        {u"a"_s, u"A"_s, {button(u"x"_s)}}, {u"b"_s, u"B"_s, {}}, {u"c"_s, u"C"_s, {button(u"y"_s)}}};
     ConfigDocument document(start);
     document.commit();
     QCOMPARE(document.cfg().appSets->size(), 2);
-    QCOMPARE(document.cfg().appSets->at(1).app, QStringLiteral("c"));
+    QCOMPARE(document.cfg().appSets->at(1).app, u"c"_s);
 
     document.cfg().appSets->first().buttons.clear();
     document.cfg().appSets->last().buttons.clear();
@@ -729,9 +676,9 @@ void TestStore::restoreKeepsCurrentFileAndIsUndoable()
     const QByteArray current = readAll(Config::buttonsPath());
 
     const QString older = Config::backupFiles().first();
-    QVERIFY(!document.restore(dir.file(QStringLiteral("missing.json"))));
-    QVERIFY(writeAll(dir.file(QStringLiteral("bad.json")), "{}"));
-    QVERIFY(!document.restore(dir.file(QStringLiteral("bad.json"))));
+    QVERIFY(!document.restore(dir.file(u"missing.json"_s)));
+    QVERIFY(writeAll(dir.file(u"bad.json"_s), "{}"));
+    QVERIFY(!document.restore(dir.file(u"bad.json"_s)));
     QCOMPARE(document.history().size(), 1);
 
     time.now = time.now.addSecs(5);
@@ -749,12 +696,12 @@ void TestStore::restoreTakesOnlyABackupName_data()
 {
     QTest::addColumn<QString>("name"); // "@" stands for the temporary configuration folder
     QTest::addColumn<bool>("restored");
-    QTest::newRow("file name") << QStringLiteral("buttons-2025-03-13-080000.json") << true;
-    QTest::newRow("parent folder") << QStringLiteral("../elsewhere.json") << false;
-    QTest::newRow("absolute path") << QStringLiteral("@/elsewhere.json") << false;
-    QTest::newRow("subfolder") << QStringLiteral("sub/buttons-2025-03-13-080000.json") << false;
-    QTest::newRow("dot") << QStringLiteral(".") << false;
-    QTest::newRow("dot dot") << QStringLiteral("..") << false;
+    QTest::newRow("file name") << u"buttons-2025-03-13-080000.json"_s << true;
+    QTest::newRow("parent folder") << u"../elsewhere.json"_s << false;
+    QTest::newRow("absolute path") << u"@/elsewhere.json"_s << false;
+    QTest::newRow("subfolder") << u"sub/buttons-2025-03-13-080000.json"_s << false;
+    QTest::newRow("dot") << u"."_s << false;
+    QTest::newRow("dot dot") << u".."_s << false;
 }
 
 void TestStore::restoreTakesOnlyABackupName()
@@ -764,14 +711,14 @@ void TestStore::restoreTakesOnlyABackupName()
     TempConfigDir dir;
     ConfigDocument document(Config::loadDocument());
     const QByteArray other = Config::encoded(numbered(1));
-    QVERIFY(QDir().mkpath(dir.backups() + QStringLiteral("/sub")));
+    QVERIFY(QDir().mkpath(dir.backups() + u"/sub"_s));
     for (const char* path :
          {"backups/buttons-2025-03-13-080000.json", "backups/sub/buttons-2025-03-13-080000.json",
           "elsewhere.json", "backups/elsewhere.json"})
         QVERIFY(writeAll(dir.file(QString::fromUtf8(path)), other));
 
     QProcessEnvironment environment;
-    environment.insert(QStringLiteral("VANTRIL_RESTORE"), name.replace(QLatin1Char('@'), dir.path()));
+    environment.insert(u"VANTRIL_RESTORE"_s, name.replace(QLatin1Char('@'), dir.path()));
     StartupCommands::applyConfigCommands(document, environment);
     QCOMPARE(document.cfg(), restored ? numbered(1) : Config::defaults());
     QCOMPARE(document.history().size(), restored ? 1 : 0);
@@ -786,12 +733,12 @@ void TestStore::failedSaveLeavesDiskAlone_data()
         QVERIFY(QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner));
     }) << qint64(-1);
     QTest::newRow("folder named by a file") << Trouble([](const TempConfigDir& dir) {
-        QVERIFY(writeAll(dir.file(QStringLiteral("plain")), "mine"));
-        qputenv("VANTRIL_CONFIG_DIR", QFile::encodeName(dir.file(QStringLiteral("plain"))));
+        QVERIFY(writeAll(dir.file(u"plain"_s), "mine"));
+        qputenv("VANTRIL_CONFIG_DIR", QFile::encodeName(dir.file(u"plain"_s)));
     }) << qint64(-1);
     QTest::newRow("buttons.json is a folder") << Trouble([](const TempConfigDir& dir) {
         QVERIFY(QFile::remove(dir.buttonsJson()) && QDir().mkpath(dir.buttonsJson()));
-        QVERIFY(writeAll(dir.buttonsJson() + QStringLiteral("/notes"), "mine"));
+        QVERIFY(writeAll(dir.buttonsJson() + u"/notes"_s, "mine"));
     }) << qint64(-1);
     // Neither the backup nor the document fits: on Qt's buffered writes both became cut-off files.
     QTest::newRow("file-size limit") << none << qint64(16);
@@ -807,7 +754,7 @@ void TestStore::failedSaveLeavesDiskAlone()
     ManualClock time;
     QVERIFY(Config::save(numbered(1, 1)));
     QVERIFY(QDir().mkpath(dir.backups()));
-    QVERIFY(writeAll(dir.backups() + QStringLiteral("/buttons-2025-03-13-080000.json"), "{\"buttons\":[]}"));
+    QVERIFY(writeAll(dir.backups() + u"/buttons-2025-03-13-080000.json"_s, "{\"buttons\":[]}"));
     ConfigDocument document(Config::loadDocument(time.now), time.clock());
     trouble(dir);
     const QMap<QString, QByteArray> before = filesUnder(dir.path());
@@ -833,7 +780,7 @@ void TestStore::failedSaveLeavesDiskAlone()
     openUp(dir.path());
     QMap<QString, QByteArray> after = filesUnder(dir.path());
     // A backup of the old document may have been written; if so, it is whole.
-    const QString backup = QStringLiteral("backups/buttons-2025-03-14-091500.json");
+    const QString backup = u"backups/buttons-2025-03-14-091500.json"_s;
     if (after.contains(backup))
         QCOMPARE(after.take(backup), Config::encoded(numbered(1, 1)));
     QCOMPARE(after, before);
@@ -966,8 +913,7 @@ void TestStore::killedAtAnyInstantLeavesOldOrNewDocument()
         // The commit after the last one reported may have finished before the kill, or not.
         const QByteArray onDisk = readAll(dir.buttonsJson());
         const bool next = onDisk == Config::encoded(numbered(reported + 1));
-        const QByteArray where =
-            QStringLiteral("kill %1 of %2, seed %3").arg(kill + 1).arg(kills).arg(seed).toUtf8();
+        const QByteArray where = u"kill %1 of %2, seed %3"_s.arg(kill + 1).arg(kills).arg(seed).toUtf8();
         QVERIFY2(next || onDisk == Config::encoded(numbered(reported)), where.constData());
         for (const QString& name : entries(dir.backups()))
             QVERIFY2(ConfigReader::decode(readAll(dir.backups() + QLatin1Char('/') + name)),
@@ -980,11 +926,11 @@ void TestStore::lockAllMarksEveryDepthAndUnlockRemovesTheKey()
 {
     TempConfigDir dir;
     BarConfig start = Config::defaults();
-    ButtonSpec inner = button(QStringLiteral("inner"), QStringLiteral("group"));
-    inner.children = QList<ButtonSpec>{button(QStringLiteral("deepest"))};
+    ButtonSpec inner = button(u"inner"_s, u"group"_s);
+    inner.children = QList<ButtonSpec>{button(u"deepest"_s)};
     (*start.buttons[0].children)[0] = inner;
     start.buttons[1].locked = false;
-    start.appSets = QList<AppSet>{{QStringLiteral("a"), QStringLiteral("A"), {button(QStringLiteral("x"))}}};
+    start.appSets = QList<AppSet>{{u"a"_s, u"A"_s, {button(u"x"_s)}}};
     ConfigDocument document(start);
 
     document.lockAll(true);
@@ -1006,27 +952,27 @@ void TestStore::presetsCommitOnlyWhenSomethingChanged()
     int beeps = 0;
     document.setBeep([&] { ++beeps; });
 
-    document.addPreset(QStringLiteral("No Such Preset"));
-    document.removePreset(QStringLiteral("Mail")); // no set for it: nothing, not even a beep
+    document.addPreset(u"No Such Preset"_s);
+    document.removePreset(u"Mail"_s); // no set for it: nothing, not even a beep
     QCOMPARE(document.history().size(), 0);
     QCOMPARE(beeps, 0);
 
-    document.addPreset(QStringLiteral("Mail"));
+    document.addPreset(u"Mail"_s);
     QCOMPARE(document.history().size(), 1);
     QCOMPARE(document.cfg().appSets->first().buttons.size(), 8);
-    document.addPreset(QStringLiteral("Mail")); // everything already there
+    document.addPreset(u"Mail"_s); // everything already there
     QCOMPARE(document.history().size(), 1);
 
     document.cfg().appSets->first().buttons[0].locked = true;
-    document.removePreset(QStringLiteral("Mail"));
+    document.removePreset(u"Mail"_s);
     QCOMPARE(document.history().size(), 2);
     QCOMPARE(document.cfg().appSets->first().buttons.size(), 1); // the locked one stays
-    document.removePreset(QStringLiteral("Mail"));               // nothing left to remove
+    document.removePreset(u"Mail"_s);                            // nothing left to remove
     QCOMPARE(beeps, 1);
     QCOMPARE(document.history().size(), 2);
 
     document.cfg().appSets->first().buttons[0].locked.reset();
-    document.removePreset(QStringLiteral("Mail"));
+    document.removePreset(u"Mail"_s);
     QVERIFY(!document.cfg().appSets); // the emptied set disappears
 }
 
@@ -1068,7 +1014,7 @@ void TestStore::watcherFollowsOnlyRealHandEdits()
     burst.start();
     for (qsizetype i = 0; i < writes.size(); ++i) {
         if (renamedOver && i == 0) {
-            const QString temporary = dir.file(QStringLiteral(".buttons.json.edit"));
+            const QString temporary = dir.file(u".buttons.json.edit"_s);
             QVERIFY(writeAll(temporary, writes[i]));
             QVERIFY(::rename(QFile::encodeName(temporary).constData(),
                              QFile::encodeName(dir.buttonsJson()).constData()) == 0);
