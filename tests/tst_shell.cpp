@@ -104,6 +104,18 @@ void TestShell::autoHideWaitsTenIdleTicks()
         QCOMPARE(off.tick(away(false)), Action::None);
     QCOMPARE(visibility.autoHideToggled(false), Action::Show);
     QCOMPARE(visibility.tick(away(false)), Action::Show); // or at the next tick, whichever comes first
+
+    // While the pointer is on the bar no tick is needed; leaving it starts the count from zero.
+    Visibility hovered;
+    for (int tick = 1; tick < 10; ++tick)
+        hovered.tick(away());
+    hovered.pointerOnBar(true);
+    QVERIFY(!hovered.needsTicks(true));
+    hovered.pointerOnBar(false);
+    QVERIFY(hovered.needsTicks(true));
+    for (int tick = 1; tick < 10; ++tick)
+        QCOMPARE(hovered.tick(away()), Action::None);
+    QCOMPARE(hovered.tick(away()), Action::Hide);
 }
 
 void TestShell::anythingNearbyKeepsTheBar_data()
