@@ -101,83 +101,88 @@ void ChipLabel::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor tint = Look::chipColor(m_spec.tint());
-    const QRectF plate = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     QColor fill = tint;
     fill.setAlphaF(0.18f);
     QColor stroke = tint;
     stroke.setAlphaF(0.55f);
     painter.setPen(QPen(stroke, 1));
     painter.setBrush(fill);
-    painter.drawRoundedRect(plate, Look::chipRadius, Look::chipRadius);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Look::chipRadius,
+                            Look::chipRadius);
 
-    int x = paddingX;
-    const int middle = height() / 2;
-    if (m_spec.iconPath) {
-        const QImage image = IconCache::image(*m_spec.iconPath);
-        painter.drawImage(QRect(x, middle - iconSize / 2, iconSize, iconSize), image);
-        x += iconSize + iconGap;
-    } else if (!m_spec.symbol.isEmpty()) {
-        const QPixmap icon =
-            SymbolView::icon(m_spec.symbol, Look::textColor(), iconSize, devicePixelRatioF());
-        if (!icon.isNull()) {
-            painter.drawPixmap(QRect(x, middle - iconSize / 2, iconSize, iconSize), icon);
-            x += iconSize + iconGap;
-        } else {
-            painter.setFont(Look::font(emojiPoints));
-            painter.setPen(Look::textColor());
-            const int width = painter.fontMetrics().horizontalAdvance(m_spec.symbol);
-            painter.drawText(QRect(x, 0, width, height()), Qt::AlignVCenter | Qt::AlignLeft, m_spec.symbol);
-            x += width + iconGap;
-        }
-    }
-
+    int x = paintSymbol(painter, paddingX);
     painter.setFont(titleFont());
     painter.setPen(Look::textColor());
     const int titleWidth = painter.fontMetrics().horizontalAdvance(m_spec.title);
     painter.drawText(QRect(x, 0, titleWidth, height()), Qt::AlignVCenter | Qt::AlignLeft, m_spec.title);
-    x += titleWidth;
-
-    if (m_chevron) {
-        x += chevronGap;
-        const QPixmap chevron =
-            SymbolView::icon(*m_chevron, Look::textColor(), chevronSize, devicePixelRatioF());
-        if (!chevron.isNull()) {
-            painter.drawPixmap(QRect(x, middle - chevronSize / 2, chevronSize, chevronSize), chevron);
-        } else {
-            // No icon theme: a drawn chevron keeps the stack recognisable.
-            const bool up = m_chevron == SymbolNames::chevron(true);
-            QPainterPath path;
-            const qreal top = middle - 2.5;
-            const qreal bottom = middle + 2.5;
-            path.moveTo(x + 1, up ? bottom : top);
-            path.lineTo(x + chevronSize / 2.0, up ? top : bottom);
-            path.lineTo(x + chevronSize - 1, up ? bottom : top);
-            painter.setPen(QPen(Look::textColor(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawPath(path);
-        }
-    }
-
-    if (m_spec.isLocked()) {
-        constexpr int lockSize = 8;
-        constexpr int lockPadding = 3;
-        const QRect lockRect(width() - lockPadding - lockSize, lockPadding, lockSize, lockSize);
-        const QPixmap lock =
-            SymbolView::icon(SymbolNames::lock(), Look::secondaryColor(), lockSize, devicePixelRatioF());
-        if (!lock.isNull()) {
-            painter.drawPixmap(lockRect, lock);
-        } else {
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(Look::secondaryColor());
-            painter.drawRoundedRect(QRectF(lockRect).adjusted(1, 3, -1, 0), 1, 1);
-        }
-    }
-
+    if (m_chevron)
+        paintChevron(painter, x + titleWidth + chevronGap);
+    if (m_spec.isLocked())
+        paintLock(painter);
     if (m_highlighted) {
         painter.setPen(QPen(Qt::white, 2));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), Look::chipRadius, Look::chipRadius);
     }
+}
+
+int ChipLabel::paintSymbol(QPainter& painter, int x) const
+{
+    const int middle = height() / 2;
+    if (m_spec.iconPath) {
+        const QImage image = IconCache::image(*m_spec.iconPath);
+        painter.drawImage(QRect(x, middle - iconSize / 2, iconSize, iconSize), image);
+        return x + iconSize + iconGap;
+    }
+    if (m_spec.symbol.isEmpty())
+        return x;
+    const QPixmap icon = SymbolView::icon(m_spec.symbol, Look::textColor(), iconSize, devicePixelRatioF());
+    if (!icon.isNull()) {
+        painter.drawPixmap(QRect(x, middle - iconSize / 2, iconSize, iconSize), icon);
+        return x + iconSize + iconGap;
+    }
+    painter.setFont(Look::font(emojiPoints));
+    painter.setPen(Look::textColor());
+    const int width = painter.fontMetrics().horizontalAdvance(m_spec.symbol);
+    painter.drawText(QRect(x, 0, width, height()), Qt::AlignVCenter | Qt::AlignLeft, m_spec.symbol);
+    return x + width + iconGap;
+}
+
+void ChipLabel::paintChevron(QPainter& painter, int x) const
+{
+    const int middle = height() / 2;
+    const QPixmap chevron = SymbolView::icon(*m_chevron, Look::textColor(), chevronSize, devicePixelRatioF());
+    if (!chevron.isNull()) {
+        painter.drawPixmap(QRect(x, middle - chevronSize / 2, chevronSize, chevronSize), chevron);
+        return;
+    }
+    // No icon theme: a drawn chevron keeps the stack recognisable.
+    const bool up = m_chevron == SymbolNames::chevron(true);
+    QPainterPath path;
+    const qreal top = middle - 2.5;
+    const qreal bottom = middle + 2.5;
+    path.moveTo(x + 1, up ? bottom : top);
+    path.lineTo(x + chevronSize / 2.0, up ? top : bottom);
+    path.lineTo(x + chevronSize - 1, up ? bottom : top);
+    painter.setPen(QPen(Look::textColor(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(path);
+}
+
+void ChipLabel::paintLock(QPainter& painter) const
+{
+    constexpr int lockSize = 8;
+    constexpr int lockPadding = 3;
+    const QRect lockRect(width() - lockPadding - lockSize, lockPadding, lockSize, lockSize);
+    const QPixmap lock =
+        SymbolView::icon(SymbolNames::lock(), Look::secondaryColor(), lockSize, devicePixelRatioF());
+    if (!lock.isNull()) {
+        painter.drawPixmap(lockRect, lock);
+        return;
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Look::secondaryColor());
+    painter.drawRoundedRect(QRectF(lockRect).adjusted(1, 3, -1, 0), 1, 1);
 }
 
 void ChipLabel::mousePressEvent(QMouseEvent* event)

@@ -7,6 +7,8 @@
 #include <QWidget>
 #include <optional>
 
+class QPainter;
+
 /// One button drawn as a chip: icon, title, optional chevron, tinted plate and lock mark. A press that
 /// moves less than six pixels is a tap; anything longer is a drag, reported with global positions.
 class ChipLabel : public QWidget
@@ -47,6 +49,11 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    /// The icon, image or emoji at `x`; where the title starts.
+    int paintSymbol(QPainter& painter, int x) const;
+    void paintChevron(QPainter& painter, int x) const;
+    void paintLock(QPainter& painter) const;
+
     static int iconWidth(const ButtonSpec& spec, qreal devicePixelRatio);
 
     ButtonSpec m_spec;
