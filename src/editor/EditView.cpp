@@ -51,27 +51,7 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     m_title->setObjectName(QStringLiteral("title"));
     m_title->setPlaceholderText(tr("Shown on the button"));
 
-    m_kind = new QComboBox(this);
-    m_kind->setObjectName(QStringLiteral("kind"));
-    // The kinds a button can be given here, in the words the window shows.
-    for (const ActionKindInfo& kind : ActionKinds::all()) {
-        if (kind.label)
-            m_kind->addItem(tr(kind.label), QString(kind.name));
-    }
-    QString startKind = initial.action;
-    if (isNew && startKind.isEmpty())
-        startKind = ActionKinds::all().constFirst().name;
-    if (m_kind->findData(startKind) < 0) {
-        m_kind->insertSeparator(m_kind->count());
-        m_kind->addItem(extraKindName(startKind), startKind);
-    }
-    m_kind->setCurrentIndex(m_kind->findData(startKind));
-    m_kind->setEnabled(!newStack);
-
-    m_argument = new ArgumentPages(services, this);
-    if (initial.argument)
-        m_argument->setText(startKind, *initial.argument);
-    m_argument->showKind(startKind);
+    makeKindFields(initial, isNew, newStack, std::move(services));
 
     m_colors = new ColorSwatches(this);
     m_colors->setColor(initial.color);
@@ -86,20 +66,7 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     symbolColumn->addWidget(m_symbol);
     symbolColumn->addWidget(m_palette);
 
-    m_iconPath = new QLineEdit(initial.iconPath.value_or(QString()), this);
-    m_iconPath->setObjectName(QStringLiteral("iconPath"));
-    m_iconPath->setPlaceholderText(tr("None: the symbol is shown"));
-    m_iconPath->setClearButtonEnabled(true);
-    auto* chooseIcon = new QPushButton(tr("Choose…"), this);
-    // Return saves, as it does from every field; this button answers a click or Space.
-    chooseIcon->setAutoDefault(false);
-    m_iconPreview = new QLabel(this);
-    m_iconPreview->setFixedSize(16, 16);
-    auto* iconRow = new QHBoxLayout;
-    iconRow->setSpacing(6);
-    iconRow->addWidget(m_iconPreview);
-    iconRow->addWidget(m_iconPath, 1);
-    iconRow->addWidget(chooseIcon);
+    QLayout* iconRow = makeIconRow(initial);
 
     m_locked = new QCheckBox(tr("Locked: can't be moved or removed by dragging"), this);
     m_locked->setObjectName(QStringLiteral("locked"));
@@ -125,20 +92,12 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     form->addRow(QString(), m_locked);
     form->addRow(tr("Preview:"), previewRow);
 
-    auto* buttons = new QDialogButtonBox(this);
-    m_save = buttons->addButton(tr("Save"), QDialogButtonBox::AcceptRole);
-    m_save->setObjectName(QStringLiteral("save"));
-    m_save->setDefault(true);
-    // Text-only, like Save: a standard Cancel button would carry an icon on some desktops and not the other.
-    QPushButton* cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancel"));
-
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(18, 18, 18, 14);
     column->setSpacing(16);
     column->addLayout(form);
     column->addStretch(1);
-    column->addWidget(buttons);
+    column->addWidget(makeButtons());
 
     connect(m_title, &QLineEdit::textChanged, this, &EditView::refresh);
     connect(m_kind, &QComboBox::currentIndexChanged, this, [this] {
@@ -151,13 +110,69 @@ EditView::EditView(const ButtonSpec& initial, bool isNew, EditorServices service
     connect(m_symbol, &QLineEdit::textChanged, this, &EditView::refresh);
     connect(m_palette, &SymbolPalette::picked, m_symbol, &QLineEdit::setText);
     connect(m_iconPath, &QLineEdit::textChanged, this, &EditView::refresh);
-    connect(chooseIcon, &QPushButton::clicked, this, &EditView::chooseIconFile);
     connect(m_locked, &QCheckBox::toggled, this, &EditView::refresh);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     m_title->setFocus();
     refresh();
+}
+
+void EditView::makeKindFields(const ButtonSpec& initial, bool isNew, bool newStack, EditorServices services)
+{
+    m_kind = new QComboBox(this);
+    m_kind->setObjectName(QStringLiteral("kind"));
+    // The kinds a button can be given here, in the words the window shows.
+    for (const ActionKindInfo& kind : ActionKinds::all()) {
+        if (kind.label)
+            m_kind->addItem(tr(kind.label), QString(kind.name));
+    }
+    QString startKind = initial.action;
+    if (isNew && startKind.isEmpty())
+        startKind = ActionKinds::all().constFirst().name;
+    if (m_kind->findData(startKind) < 0) {
+        m_kind->insertSeparator(m_kind->count());
+        m_kind->addItem(extraKindName(startKind), startKind);
+    }
+    m_kind->setCurrentIndex(m_kind->findData(startKind));
+    m_kind->setEnabled(!newStack);
+
+    m_argument = new ArgumentPages(std::move(services), this);
+    if (initial.argument)
+        m_argument->setText(startKind, *initial.argument);
+    m_argument->showKind(startKind);
+}
+
+QLayout* EditView::makeIconRow(const ButtonSpec& initial)
+{
+    m_iconPath = new QLineEdit(initial.iconPath.value_or(QString()), this);
+    m_iconPath->setObjectName(QStringLiteral("iconPath"));
+    m_iconPath->setPlaceholderText(tr("None: the symbol is shown"));
+    m_iconPath->setClearButtonEnabled(true);
+    auto* chooseIcon = new QPushButton(tr("Choose…"), this);
+    // Return saves, as it does from every field; this button answers a click or Space.
+    chooseIcon->setAutoDefault(false);
+    m_iconPreview = new QLabel(this);
+    m_iconPreview->setFixedSize(16, 16);
+    auto* iconRow = new QHBoxLayout;
+    iconRow->setSpacing(6);
+    iconRow->addWidget(m_iconPreview);
+    iconRow->addWidget(m_iconPath, 1);
+    iconRow->addWidget(chooseIcon);
+    connect(chooseIcon, &QPushButton::clicked, this, &EditView::chooseIconFile);
+    return iconRow;
+}
+
+QDialogButtonBox* EditView::makeButtons()
+{
+    auto* buttons = new QDialogButtonBox(this);
+    m_save = buttons->addButton(tr("Save"), QDialogButtonBox::AcceptRole);
+    m_save->setObjectName(QStringLiteral("save"));
+    m_save->setDefault(true);
+    // Text-only, like Save: a standard Cancel button would carry an icon on some desktops and not the other.
+    QPushButton* cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("cancel"));
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    return buttons;
 }
 
 QString EditView::currentKind() const

@@ -11,7 +11,9 @@ class ChipPreview;
 class ColorSwatches;
 class QCheckBox;
 class QComboBox;
+class QDialogButtonBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QPushButton;
 class SymbolPalette;
@@ -33,6 +35,9 @@ public:
     bool canSave() const;
 
 private:
+    void makeKindFields(const ButtonSpec& initial, bool isNew, bool newStack, EditorServices services);
+    QLayout* makeIconRow(const ButtonSpec& initial);
+    QDialogButtonBox* makeButtons();
     QString currentKind() const;
     void refresh();
     void chooseIconFile();
