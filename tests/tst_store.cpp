@@ -641,7 +641,7 @@ void TestStore::commitSavesBacksUpAndRecordsUndo()
     ManualClock time;
     ConfigDocument document(Config::load(time.now), time.clock());
     int rebuilds = 0;
-    document.setAfterChange([&] { ++rebuilds; });
+    QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
     QVERIFY(!document.canUndo());
 
     document.cfg().buttons.append(button(QStringLiteral("One")));
@@ -680,7 +680,7 @@ void TestStore::historyHoldsThirtyAndUndoWalksBack()
     QCOMPARE(document.history().first().hotkey, std::optional<QString>(QStringLiteral("ctrl+1")));
 
     int rebuilds = 0;
-    document.setAfterChange([&] { ++rebuilds; });
+    QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
     document.undo();
     QCOMPARE(document.cfg().hotkey, std::optional<QString>(QStringLiteral("ctrl+30")));
     QCOMPARE(document.lastSaved(), document.cfg());
@@ -818,7 +818,7 @@ void TestStore::failedSaveLeavesDiskAlone()
         dir.path(),
         [&] {
             int rebuilds = 0;
-            document.setAfterChange([&] { ++rebuilds; });
+            QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
             document.cfg() = changed;
             document.commit();
             // What the user sees and edits further is the new document, saved or not.
@@ -1004,7 +1004,7 @@ void TestStore::presetsCommitOnlyWhenSomethingChanged()
     TempConfigDir dir;
     ConfigDocument document(Config::defaults());
     int beeps = 0;
-    document.setBeep([&] { ++beeps; });
+    QObject::connect(&document, &ConfigDocument::refused, [&] { ++beeps; });
 
     document.addPreset(QStringLiteral("No Such Preset"));
     document.removePreset(QStringLiteral("Mail")); // no set for it: nothing, not even a beep
@@ -1057,11 +1057,11 @@ void TestStore::watcherFollowsOnlyRealHandEdits()
     QVERIFY(writeAll(dir.buttonsJson(), document(2)));
     BarConfig current = *ConfigReader::decode(document(2));
     QList<int> reloaded; // the number of buttons of each document handed on
-    ConfigWatcher watcher([&]() -> const BarConfig& { return current; },
-                          [&](const BarConfig& edited) {
-                              reloaded.append(int(edited.buttons.size()));
-                              current = edited;
-                          });
+    ConfigWatcher watcher([&]() -> const BarConfig& { return current; });
+    QObject::connect(&watcher, &ConfigWatcher::edited, [&](const BarConfig& edited) {
+        reloaded.append(int(edited.buttons.size()));
+        current = edited;
+    });
     watcher.start();
 
     QElapsedTimer burst;
