@@ -101,6 +101,7 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
     script->fixContext(*m_context);
     m_placement->create(script->barAtTop());
     m_menus = new ShellMenus(m_preferences, m_handlers, this);
+    m_handlers.toggleTrayIcon = [this] { m_menus->toggleTrayIcon(); };
     connect(m_placement->view(), &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
     connect(
         m_placement->view(), &BarView::overflowTapped, this,

@@ -20,7 +20,7 @@ ShellMenus::~ShellMenus() = default;
 void ShellMenus::fill(QMenu& menu)
 {
     MenuFill::fill(menu, MenuModel::populate(MenuState::read(m_handlers)),
-                   [this](const MenuItem& item) { run(item); });
+                   [this](const MenuItem& item) { MenuCommands::run(item, ButtonSpec(), m_handlers); });
 }
 
 void ShellMenus::showBarMenu(const QPoint& globalPos)
@@ -52,11 +52,4 @@ void ShellMenus::toggleTrayIcon()
 {
     m_preferences.setShowStatusItem(!m_preferences.showStatusItem());
     updateTrayIcon();
-}
-
-void ShellMenus::run(const MenuItem& item)
-{
-    BarHandlers handlers = m_handlers;
-    handlers.toggleTrayIcon = [this] { toggleTrayIcon(); };
-    MenuCommands::run(item, ButtonSpec(), handlers);
 }

@@ -27,7 +27,6 @@ public:
     void toggleTrayIcon();
 
 private:
-    void run(const MenuItem& item);
     void fill(QMenu& menu);
 
     Preferences& m_preferences;
