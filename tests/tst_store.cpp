@@ -589,7 +589,7 @@ void TestStore::commitSavesBacksUpAndRecordsUndo()
     ManualClock time;
     ConfigDocument document(Config::load(time.now), time.clock());
     int rebuilds = 0;
-    document.setAfterChange([&] { ++rebuilds; });
+    QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
     QVERIFY(!document.canUndo());
 
     document.cfg().buttons.append(button(u"One"_s));
@@ -628,7 +628,7 @@ void TestStore::historyHoldsThirtyAndUndoWalksBack()
     QCOMPARE(document.history().first().hotkey, std::optional<QString>(u"ctrl+1"_s));
 
     int rebuilds = 0;
-    document.setAfterChange([&] { ++rebuilds; });
+    QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
     document.undo();
     QCOMPARE(document.cfg().hotkey, std::optional<QString>(u"ctrl+30"_s));
     QCOMPARE(document.lastSaved(), document.cfg());
@@ -765,7 +765,7 @@ void TestStore::failedSaveLeavesDiskAlone()
         dir.path(),
         [&] {
             int rebuilds = 0;
-            document.setAfterChange([&] { ++rebuilds; });
+            QObject::connect(&document, &ConfigDocument::changed, [&] { ++rebuilds; });
             document.cfg() = changed;
             document.commit();
             // What the user sees and edits further is the new document, saved or not.
@@ -950,7 +950,7 @@ void TestStore::presetsCommitOnlyWhenSomethingChanged()
     TempConfigDir dir;
     ConfigDocument document(Config::defaults());
     int beeps = 0;
-    document.setBeep([&] { ++beeps; });
+    QObject::connect(&document, &ConfigDocument::refused, [&] { ++beeps; });
 
     document.addPreset(u"No Such Preset"_s);
     document.removePreset(u"Mail"_s); // no set for it: nothing, not even a beep
@@ -1003,11 +1003,11 @@ void TestStore::watcherFollowsOnlyRealHandEdits()
     QVERIFY(writeAll(dir.buttonsJson(), document(2)));
     BarConfig current = *ConfigReader::decode(document(2));
     QList<int> reloaded; // the number of buttons of each document handed on
-    ConfigWatcher watcher([&]() -> const BarConfig& { return current; },
-                          [&](const BarConfig& edited) {
-                              reloaded.append(int(edited.buttons.size()));
-                              current = edited;
-                          });
+    ConfigWatcher watcher([&]() -> const BarConfig& { return current; });
+    QObject::connect(&watcher, &ConfigWatcher::edited, [&](const BarConfig& edited) {
+        reloaded.append(int(edited.buttons.size()));
+        current = edited;
+    });
     watcher.start();
 
     QElapsedTimer burst;

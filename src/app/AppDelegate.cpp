@@ -96,11 +96,12 @@ void AppDelegate::finishLaunching(const QProcessEnvironment& environment)
                      *this);
     // The application wires the button's menu, which lives above the bar, to the bar's chips.
     m_handlers.chipMenu = [this](const ButtonSpec& spec, const QPoint& at) {
-        ItemMenu::popup(spec, m_handlers, m_drag, at);
+        ItemMenu::popup(spec, m_handlers, at);
     };
     script->fixContext(*m_context);
     m_placement->create(script->barAtTop());
-    m_menus = new ShellMenus(m_preferences, m_handlers, m_drag, this);
+    m_menus = new ShellMenus(m_preferences, m_handlers, this);
+    m_handlers.toggleTrayIcon = [this] { m_menus->toggleTrayIcon(); };
     connect(m_placement->view(), &BarView::menuRequested, m_menus, &ShellMenus::showBarMenu);
     connect(
         m_placement->view(), &BarView::overflowTapped, this,

@@ -14,8 +14,8 @@ void ConfigSession::load(const Config::Loaded& loaded)
 {
     m_readable = loaded.knownBytes.has_value();
     m_document = std::make_unique<ConfigDocument>(loaded);
-    m_document->setBeep([this] { Q_EMIT refused(); });
-    m_document->setAfterChange([this] { Q_EMIT changed(); });
+    connect(m_document.get(), &ConfigDocument::refused, this, &ConfigSession::refused);
+    connect(m_document.get(), &ConfigDocument::changed, this, &ConfigSession::changed);
 }
 
 void ConfigSession::keepLaunchBackup()
@@ -26,8 +26,7 @@ void ConfigSession::keepLaunchBackup()
 
 void ConfigSession::watch()
 {
-    m_watcher = std::make_unique<ConfigWatcher>(
-        [this]() -> const BarConfig& { return m_document->cfg(); },
-        [this](const BarConfig& edited) { m_document->adoptExternal(edited); });
+    m_watcher = std::make_unique<ConfigWatcher>([this]() -> const BarConfig& { return m_document->cfg(); });
+    connect(m_watcher.get(), &ConfigWatcher::edited, m_document.get(), &ConfigDocument::adoptExternal);
     m_watcher->start();
 }

@@ -15,6 +15,7 @@
 #include "config/Config.h"
 #include "config/Editing.h"
 #include "config/Presets.h"
+#include "dragdrop/DragState.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 
@@ -89,6 +90,8 @@ void addDocumentCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
     h.restoreBackup = weaklyDo<const QString&>(o, [&s](const QString& path) { s.document().restore(path); });
     h.backupNow = weaklyDo<>(o, [&s] { s.document().backupNow(); });
     h.undo = weaklyDo<>(o, [&s] { s.document().undo(); });
+    const DragState& drag = p.drag;
+    h.canUndo = weakly<bool>(o, [&drag] { return drag.canUndo(); });
     Actions& a = p.actions;
     h.showBackups = weaklyDo<>(o, [&a] {
         QDir().mkpath(Config::backupsDir());
@@ -117,6 +120,7 @@ void addShellCommands(BarHandlers& h, const HandlerParts& p, QObject& o)
     BarVisibility& v = p.visibility;
     Preferences& preferences = p.preferences;
     h.autoHide = weakly<bool>(o, [&preferences] { return preferences.autoHide(); });
+    h.trayIconShown = weakly<bool>(o, [&preferences] { return preferences.showStatusItem(); });
     h.toggleAutoHide = weaklyDo<>(o, [&v] { v.toggleAutoHide(); });
     h.hideBar = weaklyDo<>(o, [&v] { v.hide(true); });
     h.toggleBar = weaklyDo<>(o, [&v] { v.toggleBar(); });

@@ -2,27 +2,18 @@
 
 namespace MenuModel {
 
-namespace {
-
-Item action(const QString& title, Command command, QString argument = {})
-{
-    return Item::action(title, command, std::move(argument));
-}
-
-} // namespace
-
 QList<Item> populate(const State& state)
 {
     QList<Item> items;
-    items << action(state.barShown ? QStringLiteral("Hide bar") : QStringLiteral("Show bar"),
-                    Command::ToggleBar)
-          << Item::separator() << action(QStringLiteral("Add button…"), Command::AddButton)
-          << action(QStringLiteral("New stack…"), Command::NewStack);
+    items << Item::action(state.barShown ? QStringLiteral("Hide bar") : QStringLiteral("Show bar"),
+                          Command::ToggleBar)
+          << Item::separator() << Item::action(QStringLiteral("Add button…"), Command::AddButton)
+          << Item::action(QStringLiteral("New stack…"), Command::NewStack);
     if (state.contextName)
-        items << action(QStringLiteral("Add button for %1…").arg(*state.contextName),
-                        Command::AddContextButton);
+        items << Item::action(QStringLiteral("Add button for %1…").arg(*state.contextName),
+                              Command::AddContextButton);
     if (state.canUndo)
-        items << action(QStringLiteral("Undo last change"), Command::Undo);
+        items << Item::action(QStringLiteral("Undo last change"), Command::Undo);
     items << Item::separator();
 
     items << presetAndBackupItems(state.presetNames, state.appliedPresets, state.backups);
@@ -30,10 +21,10 @@ QList<Item> populate(const State& state)
     items << Item::toggle(QStringLiteral("Auto-hide"), Command::AutoHide, state.autoHide)
           << Item::toggle(QStringLiteral("Show icon in system tray"), Command::ToggleTrayIcon, state.trayIcon)
           << Item::toggle(QStringLiteral("Launch at Login"), Command::LaunchAtLogin, state.launchAtLogin)
-          << action(QStringLiteral("Edit config file"), Command::EditConfig);
+          << Item::action(QStringLiteral("Edit config file"), Command::EditConfig);
     if (state.hasUpdater)
-        items << action(QStringLiteral("Check for Updates…"), Command::CheckForUpdates);
-    items << action(QStringLiteral("Quit Vantril"), Command::Quit);
+        items << Item::action(QStringLiteral("Check for Updates…"), Command::CheckForUpdates);
+    items << Item::action(QStringLiteral("Quit Vantril"), Command::Quit);
     return items;
 }
 

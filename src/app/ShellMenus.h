@@ -7,7 +7,6 @@
 #include <QPoint>
 #include <memory>
 
-class DragState;
 class Preferences;
 class QMenu;
 class QSystemTrayIcon;
@@ -19,8 +18,7 @@ class ShellMenus : public QObject
 
 public:
     /// What the menu shows and does comes from `handlers`, as a button's menu does.
-    ShellMenus(Preferences& preferences, const BarHandlers& handlers, const DragState& drag,
-               QObject* parent = nullptr);
+    ShellMenus(Preferences& preferences, const BarHandlers& handlers, QObject* parent = nullptr);
     ~ShellMenus() override;
 
     void showBarMenu(const QPoint& globalPos);
@@ -29,13 +27,10 @@ public:
     void toggleTrayIcon();
 
 private:
-    MenuModel::State state();
-    void run(const MenuItem& item);
     void fill(QMenu& menu);
 
     Preferences& m_preferences;
     const BarHandlers& m_handlers;
-    const DragState& m_drag;
     std::unique_ptr<QMenu> m_barMenu;
     std::unique_ptr<QMenu> m_trayMenu;
     std::unique_ptr<QSystemTrayIcon> m_tray;

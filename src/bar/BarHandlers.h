@@ -47,9 +47,11 @@ struct BarHandlers
     std::function<void()> hideBar;
     std::function<void()> toggleBar;
     std::function<bool()> barShown;
+    std::function<bool()> trayIconShown;
     std::function<void()> toggleTrayIcon;
     /// A right click on a chip, on the bar or in a flyout: the button's menu is the caller's to show.
     std::function<void(const ButtonSpec&, const QPoint&)> chipMenu;
+    std::function<bool()> canUndo;
     std::function<void()> undo;
     std::function<void(const QPointF&)> fileHover;
     std::function<void()> fileHoverEnd;

@@ -24,7 +24,9 @@ FlyoutController::FlyoutController(Platform& platform, const BarHandlers& handle
     , m_platform(platform)
     , m_handlers(handlers)
     , m_drag(drag)
-{}
+{
+    connect(&m_platform.clickMonitor(), &ClickMonitor::pressed, this, &FlyoutController::pressedAt);
+}
 
 FlyoutController::~FlyoutController()
 {
@@ -57,7 +59,7 @@ void FlyoutController::open(const QList<ButtonSpec>& items, const QString& id, c
     m_flyout = panel;
     m_anchor = anchor;
     m_openGroup = id;
-    m_platform.clickMonitor().start([this](const QPoint& at) { pressedAt(at); });
+    m_platform.clickMonitor().start();
 }
 
 void FlyoutController::showFolder(const QString& path, const QString& id, const QRectF& anchor,

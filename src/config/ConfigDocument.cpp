@@ -47,8 +47,7 @@ void ConfigDocument::save()
         if (auto written = Config::save(m_cfg))
             m_knownBytes = std::move(written);
     }
-    if (m_afterChange)
-        m_afterChange();
+    Q_EMIT changed();
 }
 
 bool ConfigDocument::mayOverwrite()
@@ -77,8 +76,7 @@ void ConfigDocument::adoptExternal(const BarConfig& edited)
 {
     m_cfg = edited;
     m_lastSaved = edited;
-    if (m_afterChange)
-        m_afterChange();
+    Q_EMIT changed();
 }
 
 void ConfigDocument::backupNow()
@@ -109,6 +107,6 @@ void ConfigDocument::removePreset(const QString& name)
         return;
     if (Presets::strip(m_cfg, *preset) > 0)
         commit();
-    else if (m_beep)
-        m_beep();
+    else
+        Q_EMIT refused();
 }

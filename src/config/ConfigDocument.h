@@ -6,7 +6,7 @@
 
 #include <QByteArray>
 #include <QList>
-#include <functional>
+#include <QObject>
 #include <optional>
 
 /// The configuration being edited, the configuration last saved, and the undo history.
@@ -18,8 +18,10 @@
 /// hand edit, a foreign or unreadable file) backs them up first whatever the throttle, and is skipped
 /// when no copy can be made: no undo step leads back to them, so the backup is their only way back. A
 /// failed save is silent and leaves the file on disk as it was; the document in memory stays authoritative.
-class ConfigDocument
+class ConfigDocument : public QObject
 {
+    Q_OBJECT
+
 public:
     /// A document that knows nothing of the file on disk, which is backed up before it is first replaced.
     explicit ConfigDocument(const BarConfig& loaded, Clock clock = systemNow);
@@ -30,11 +32,6 @@ public:
     const BarConfig& lastSaved() const { return m_lastSaved; }
     const QList<BarConfig>& history() const { return m_history; }
     bool canUndo() const { return !m_history.isEmpty(); }
-
-    /// Called after every saved change, to close any flyout and rebuild the bar.
-    void setAfterChange(std::function<void()> afterChange) { m_afterChange = std::move(afterChange); }
-    /// Called when a request is refused (nothing to remove, say).
-    void setBeep(std::function<void()> beep) { m_beep = std::move(beep); }
 
     /// Saves `cfg()`: drops empty application sets, pushes the last saved state onto the history (at most
     /// `maxHistory` entries), backs up the file on disk unless throttled, and writes the new document.
@@ -59,6 +56,12 @@ public:
 
     static constexpr qsizetype maxHistory = 30;
 
+Q_SIGNALS:
+    /// After every saved, undone, restored or adopted change, to close any flyout and rebuild the bar.
+    void changed();
+    /// A request turned down (nothing to remove, say).
+    void refused();
+
 private:
     void save();
     /// Backs up what buttons.json holds, as the rules above say; false when it must not be written over.
@@ -69,6 +72,4 @@ private:
     QList<BarConfig> m_history;
     std::optional<QByteArray> m_knownBytes;
     Clock m_clock;
-    std::function<void()> m_afterChange;
-    std::function<void()> m_beep;
 };

@@ -5,11 +5,9 @@
 
 #include <QFileInfo>
 
-ConfigWatcher::ConfigWatcher(std::function<const BarConfig&()> current,
-                             std::function<void(const BarConfig&)> reload, QObject* parent)
+ConfigWatcher::ConfigWatcher(std::function<const BarConfig&()> current, QObject* parent)
     : QObject(parent)
     , m_current(std::move(current))
-    , m_reload(std::move(reload))
 {
     m_debounce.setSingleShot(true);
     m_debounce.setInterval(debounceMs);
@@ -39,11 +37,11 @@ void ConfigWatcher::changed()
 
 void ConfigWatcher::reloadFromDisk()
 {
-    const auto edited = ConfigReader::readFile(m_file);
-    if (!edited)
+    const auto onDisk = ConfigReader::readFile(m_file);
+    if (!onDisk)
         return;
     // Layout and key order do not count as an edit: only what the document would be saved as.
-    if (Config::encoded(*edited) == Config::encoded(m_current()))
+    if (Config::encoded(*onDisk) == Config::encoded(m_current()))
         return;
-    m_reload(*edited);
+    Q_EMIT edited(*onDisk);
 }

@@ -15,9 +15,8 @@ class ConfigWatcher : public QObject
     Q_OBJECT
 
 public:
-    /// `current` gives the configuration shown now; `reload` receives an edited one.
-    ConfigWatcher(std::function<const BarConfig&()> current, std::function<void(const BarConfig&)> reload,
-                  QObject* parent = nullptr);
+    /// `current` gives the configuration shown now, which an edit is told apart from.
+    explicit ConfigWatcher(std::function<const BarConfig&()> current, QObject* parent = nullptr);
 
     /// Watches the configuration folder and buttons.json, if the folder exists now.
     void start();
@@ -26,11 +25,14 @@ public:
 
     static constexpr int debounceMs = 300;
 
+Q_SIGNALS:
+    /// buttons.json decodes to a document other than the one shown.
+    void edited(const BarConfig& config);
+
 private:
     void changed();
 
     std::function<const BarConfig&()> m_current;
-    std::function<void(const BarConfig&)> m_reload;
     QFileSystemWatcher m_watcher;
     QTimer m_debounce;
     QString m_folder;

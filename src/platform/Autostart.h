@@ -9,8 +9,7 @@ class Autostart
 public:
     Autostart() = default;
     virtual ~Autostart() = default;
-    Autostart(const Autostart&) = delete;
-    Autostart& operator=(const Autostart&) = delete;
+    Q_DISABLE_COPY_MOVE(Autostart)
 
     virtual bool isEnabled() = 0;
     /// Nothing on success, else why it failed.

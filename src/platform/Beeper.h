@@ -1,13 +1,14 @@
 #pragma once
 
+#include <QtGlobal>
+
 /// The short alert for a refused request.
 class Beeper
 {
 public:
     Beeper() = default;
     virtual ~Beeper() = default;
-    Beeper(const Beeper&) = delete;
-    Beeper& operator=(const Beeper&) = delete;
+    Q_DISABLE_COPY_MOVE(Beeper)
 
     virtual void beep() = 0;
 };

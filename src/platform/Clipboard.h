@@ -9,8 +9,7 @@ class Clipboard
 public:
     Clipboard() = default;
     virtual ~Clipboard() = default;
-    Clipboard(const Clipboard&) = delete;
-    Clipboard& operator=(const Clipboard&) = delete;
+    Q_DISABLE_COPY_MOVE(Clipboard)
 
     /// The clipboard's plain text, or nothing when it holds none (an image, say, or nothing at all).
     virtual std::optional<QString> text() = 0;

@@ -1,6 +1,7 @@
 #include "platform/Platform.h"
 #include "platform/Session.h"
 #include "platform/desktopshell/SessionFrontApplication.h"
+#include "platform/freedesktop/ApplicationOfWindow.h"
 #include "platform/freedesktop/DesktopFileManager.h"
 #include "platform/freedesktop/DesktopLauncher.h"
 #include "platform/freedesktop/QtClipboard.h"
@@ -8,6 +9,7 @@
 #include "platform/freedesktop/XdgAutostart.h"
 #include "platform/portal/PortalHotkeyGrabber.h"
 #include "platform/portal/PortalInputSynthesis.h"
+#include "platform/x11/WorkArea.h"
 #include "platform/x11/X11ActiveWindow.h"
 #include "platform/x11/X11FrontApplication.h"
 #include "platform/x11/X11HotkeyGrabber.h"
@@ -56,10 +58,10 @@ private:
     QtBeeper m_beeper;
     QtScheduler m_scheduler;
     X11PanelWindows m_panelWindows;
-    QtScreens m_screens;
+    QtScreens m_screens{&currentWorkArea};
     XInputClickMonitor m_clickMonitor;
     X11PointerTicker m_pointerTicker;
-    X11FrontApplication m_x11FrontApplication;
+    X11FrontApplication m_x11FrontApplication{&applicationOfWindow};
     SessionFrontApplication m_frontApplication{m_x11FrontApplication, isWaylandSession(),
                                                KWinFrontScript::installedPath()};
     X11HotkeyGrabber m_x11Hotkey;

@@ -8,8 +8,7 @@ class FileManager
 public:
     FileManager() = default;
     virtual ~FileManager() = default;
-    FileManager(const FileManager&) = delete;
-    FileManager& operator=(const FileManager&) = delete;
+    Q_DISABLE_COPY_MOVE(FileManager)
 
     /// The XDG desktop folder, else ~/Desktop, else the home folder; whichever exists first.
     virtual QString desktopFolder() = 0;

@@ -3,6 +3,7 @@
 #include "platform/ApplicationIdentity.h"
 #include "platform/FacilityReach.h"
 
+#include <QtGlobal>
 #include <functional>
 #include <optional>
 
@@ -14,8 +15,7 @@ class FrontApplication
 public:
     FrontApplication() = default;
     virtual ~FrontApplication() = default;
-    FrontApplication(const FrontApplication&) = delete;
-    FrontApplication& operator=(const FrontApplication&) = delete;
+    Q_DISABLE_COPY_MOVE(FrontApplication)
 
     /// The application in front now, when it counts.
     virtual std::optional<ApplicationIdentity> current() = 0;

@@ -3,6 +3,7 @@
 #include "platform/FacilityReach.h"
 #include "platform/KeyStroke.h"
 
+#include <QtGlobal>
 #include <functional>
 
 /// One system-wide key combination, reported wherever the keyboard focus is.
@@ -11,8 +12,7 @@ class HotkeyGrabber
 public:
     HotkeyGrabber() = default;
     virtual ~HotkeyGrabber() = default;
-    HotkeyGrabber(const HotkeyGrabber&) = delete;
-    HotkeyGrabber& operator=(const HotkeyGrabber&) = delete;
+    Q_DISABLE_COPY_MOVE(HotkeyGrabber)
 
     /// Takes the combination, with Caps Lock, Num Lock and Scroll Lock in any state, replacing any
     /// earlier one; false when another program holds it.

@@ -3,14 +3,15 @@
 #include "platform/FacilityReach.h"
 #include "platform/KeyStroke.h"
 
+#include <QtGlobal>
+
 /// Synthetic keyboard input, delivered to whatever window has the keyboard focus.
 class InputSynthesis
 {
 public:
     InputSynthesis() = default;
     virtual ~InputSynthesis() = default;
-    InputSynthesis(const InputSynthesis&) = delete;
-    InputSynthesis& operator=(const InputSynthesis&) = delete;
+    Q_DISABLE_COPY_MOVE(InputSynthesis)
 
     /// Whether input may be synthesised at all in this session.
     virtual bool isTrusted() = 0;

@@ -18,8 +18,7 @@ class Launcher
 public:
     Launcher() = default;
     virtual ~Launcher() = default;
-    Launcher(const Launcher&) = delete;
-    Launcher& operator=(const Launcher&) = delete;
+    Q_DISABLE_COPY_MOVE(Launcher)
 
     /// Starts a program detached from the bar, inheriting its environment, folder and streams.
     virtual void startDetached(const QString& program, const QStringList& arguments) = 0;

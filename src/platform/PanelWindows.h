@@ -9,8 +9,7 @@ class PanelWindows
 public:
     PanelWindows() = default;
     virtual ~PanelWindows() = default;
-    PanelWindows(const PanelWindows&) = delete;
-    PanelWindows& operator=(const PanelWindows&) = delete;
+    Q_DISABLE_COPY_MOVE(PanelWindows)
 
     /// Marks a not yet mapped top-level window as a dock panel: above others, on every workspace, in no
     /// taskbar or pager. Window managers drop these on unmap, so call it before every show.

@@ -24,8 +24,7 @@ class Platform
 public:
     Platform() = default;
     virtual ~Platform() = default;
-    Platform(const Platform&) = delete;
-    Platform& operator=(const Platform&) = delete;
+    Q_DISABLE_COPY_MOVE(Platform)
 
     virtual InputSynthesis& input() = 0;
     virtual Clipboard& clipboard() = 0;

@@ -17,8 +17,7 @@ public:
 
     RunQuestion() = default;
     virtual ~RunQuestion() = default;
-    RunQuestion(const RunQuestion&) = delete;
-    RunQuestion& operator=(const RunQuestion&) = delete;
+    Q_DISABLE_COPY_MOVE(RunQuestion)
 
     /// Asks about the file called `name`; `answered` is called once, at once or later, or never when
     /// the question is abandoned with the program.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <functional>
 
 /// Runs work later on the main thread; tests replace it to step through time.
@@ -8,8 +9,7 @@ class Scheduler
 public:
     Scheduler() = default;
     virtual ~Scheduler() = default;
-    Scheduler(const Scheduler&) = delete;
-    Scheduler& operator=(const Scheduler&) = delete;
+    Q_DISABLE_COPY_MOVE(Scheduler)
 
     /// Runs `work` once, `milliseconds` from now.
     virtual void after(int milliseconds, std::function<void()> work) = 0;

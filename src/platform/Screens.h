@@ -21,8 +21,7 @@ class Screens
 public:
     Screens() = default;
     virtual ~Screens() = default;
-    Screens(const Screens&) = delete;
-    Screens& operator=(const Screens&) = delete;
+    Q_DISABLE_COPY_MOVE(Screens)
 
     /// Every monitor, the primary one first.
     virtual QList<ScreenInfo> all() = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/freedesktop/ApplicationOfWindow.h"
+#include "platform/ApplicationIdentity.h"
 
 #include <QDBusContext>
 #include <QDBusServiceWatcher>

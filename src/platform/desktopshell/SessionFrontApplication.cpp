@@ -1,6 +1,7 @@
 #include "SessionFrontApplication.h"
 
 #include "platform/desktopshell/GnomeShellExtension.h"
+#include "platform/freedesktop/ApplicationOfWindow.h"
 
 SessionFrontApplication::SessionFrontApplication(FrontApplication& windows, bool waylandSession,
                                                  QString kwinScript)

@@ -18,7 +18,6 @@ class FakePlatform final : public Platform,
                            Scheduler,
                            PanelWindows,
                            Screens,
-                           ClickMonitor,
                            FrontApplication,
                            HotkeyGrabber,
                            Autostart,
@@ -46,8 +45,6 @@ public:
     /// Monitors, primary first; screenOf picks among them by the largest shared area, like the real one.
     QList<ScreenInfo> screenList = {{1, QRect(0, 0, 1440, 900), QRect(0, 0, 1440, 875)}};
     bool compositing = true;
-    /// The click monitor's callback while it runs, empty once stopped; tests call it to simulate a press.
-    std::function<void(QPoint)> clickCallback;
     /// Samples the pointer when the test says so.
     class Ticker final : public PointerTicker
     {
@@ -74,6 +71,21 @@ public:
     bool grabRefused = false;
     /// What the input, click monitor, front application and hot key say of their reach.
     FacilityReach facilityReach{FacilityReach::Scope::X11, {}};
+    /// Presses elsewhere on the desktop, which tests emit as pressed() to simulate one.
+    class Clicks final : public ClickMonitor
+    {
+    public:
+        explicit Clicks(const FacilityReach& reach)
+            : m_reach(reach)
+        {}
+        void start() override {}
+        void stop() override {}
+        bool isAvailable() override { return true; }
+        FacilityReach reach() override { return m_reach; }
+
+    private:
+        const FacilityReach& m_reach;
+    } clicks{facilityReach};
     bool loginItem = false;
     std::optional<QString> loginItemError;
     /// The user's answer when asked whether to run a program (recorded as "ask NAME"); when empty, the
@@ -92,7 +104,7 @@ public:
     Scheduler& scheduler() override { return *this; }
     PanelWindows& panelWindows() override { return *this; }
     Screens& screens() override { return *this; }
-    ClickMonitor& clickMonitor() override { return *this; }
+    ClickMonitor& clickMonitor() override { return clicks; }
     PointerTicker& pointerTicker() override { return ticker; }
     FrontApplication& frontApplication() override { return *this; }
     HotkeyGrabber& hotkey() override { return *this; }
@@ -122,9 +134,6 @@ private:
     }
     QList<ScreenInfo> all() override { return screenList; }
     std::optional<ScreenInfo> screenOf(const QRect& rect) override;
-    void start(std::function<void(QPoint)> pressed) override { clickCallback = std::move(pressed); }
-    void stop() override { clickCallback = nullptr; }
-    bool isAvailable() override { return true; }
     std::optional<ApplicationIdentity> current() override { return front; }
     void watch(std::function<void(const ApplicationIdentity&)> callback) override
     {

@@ -1,7 +1,6 @@
 #include "QtScreens.h"
 
 #include "platform/DisplayNumber.h"
-#include "platform/x11/WorkArea.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -33,13 +32,17 @@ ScreenInfo describe(const QScreen* screen, const std::optional<QRect>& workArea)
 
 } // namespace
 
+QtScreens::QtScreens(std::function<std::optional<QRect>()> workArea)
+    : m_workArea(std::move(workArea))
+{}
+
 QList<ScreenInfo> QtScreens::all()
 {
     if (!qGuiApp)
         return {};
     const QList<QScreen*> screens = QGuiApplication::screens();
     QScreen* primary = QGuiApplication::primaryScreen();
-    const std::optional<QRect> workArea = screens.size() > 1 ? currentWorkArea() : std::nullopt;
+    const std::optional<QRect> workArea = screens.size() > 1 ? m_workArea() : std::nullopt;
 
     QList<ScreenInfo> result;
     if (primary)

@@ -1,6 +1,5 @@
 #include "X11FrontApplication.h"
 
-#include "platform/freedesktop/ApplicationOfWindow.h"
 #include "platform/x11/XcbHandles.h"
 
 #include <QCoreApplication>
@@ -78,7 +77,8 @@ bool isOwnWindow(xcb_window_t window)
     return false;
 }
 
-std::optional<ApplicationIdentity> applicationOf(xcb_connection_t* connection, xcb_window_t window)
+/// What an application window says about its program; nothing for other windows and our own.
+std::optional<WindowNames> namesOf(xcb_connection_t* connection, xcb_window_t window)
 {
     if (window == XCB_WINDOW_NONE || isOwnWindow(window) || !isApplicationWindow(connection, window))
         return std::nullopt;
@@ -94,12 +94,14 @@ std::optional<ApplicationIdentity> applicationOf(xcb_connection_t* connection, x
     names.instance = wmClass.size() > 0 ? QString::fromUtf8(wmClass.at(0)) : QString();
     names.windowClass = wmClass.size() > 1 ? QString::fromUtf8(wmClass.at(1)) : QString();
     names.pid = pid.isEmpty() ? 0 : pid.first();
-    return applicationOfWindow(names);
+    return names;
 }
 
 } // namespace
 
-X11FrontApplication::X11FrontApplication() = default;
+X11FrontApplication::X11FrontApplication(Namer name)
+    : m_name(std::move(name))
+{}
 
 X11FrontApplication::~X11FrontApplication()
 {
@@ -114,7 +116,8 @@ std::optional<ApplicationIdentity> X11FrontApplication::current()
         return std::nullopt;
     const QList<uint32_t> active =
         cardinals(connection, rootWindow(connection), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
-    return active.isEmpty() ? std::nullopt : applicationOf(connection, active.first());
+    const auto names = active.isEmpty() ? std::nullopt : namesOf(connection, active.first());
+    return names ? m_name(*names) : std::nullopt;
 }
 
 FacilityReach X11FrontApplication::reach()

@@ -4,6 +4,7 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QObject>
+#include <functional>
 #include <xcb/xcb.h>
 
 /// Follows _NET_ACTIVE_WINDOW on the root window and names the application behind the active window.
@@ -12,7 +13,10 @@ class X11FrontApplication final : public QObject, public FrontApplication, publi
     Q_OBJECT
 
 public:
-    X11FrontApplication();
+    /// Names an application from what its window says; none when the window names nothing.
+    using Namer = std::function<std::optional<ApplicationIdentity>(const WindowNames&)>;
+
+    explicit X11FrontApplication(Namer name);
     ~X11FrontApplication() override;
 
     std::optional<ApplicationIdentity> current() override;
@@ -24,6 +28,7 @@ public:
 private:
     void activeWindowChanged();
 
+    Namer m_name;
     std::function<void(const ApplicationIdentity&)> m_activated;
     bool m_installed = false;
 };

@@ -14,7 +14,7 @@ bool isReportedButton(std::uint32_t button)
 
 } // namespace
 
-bool XInputClickMonitor::connect()
+bool XInputClickMonitor::connectXInput()
 {
     if (m_xinputOpcode)
         return true;
@@ -49,25 +49,21 @@ void XInputClickMonitor::select(bool presses)
     xcb_flush(m_connection.get());
 }
 
-void XInputClickMonitor::start(std::function<void(QPoint)> pressed)
+void XInputClickMonitor::start()
 {
-    if (!connect())
+    if (m_running || !connectXInput())
         return;
-    const bool wasRunning = static_cast<bool>(m_pressed);
-    m_pressed = std::move(pressed);
-    const bool running = static_cast<bool>(m_pressed);
-    if (running != wasRunning)
-        select(running);
+    m_running = true;
+    select(true);
 }
 
 void XInputClickMonitor::stop()
 {
-    if (!m_pressed)
+    if (!m_running)
         return;
-    m_pressed = nullptr;
+    m_running = false;
     // Deselected rather than ignored, so that an idle bar is not woken by every click on the desktop.
-    if (m_xinputOpcode)
-        select(false);
+    select(false);
 }
 
 FacilityReach XInputClickMonitor::reach()
@@ -91,7 +87,7 @@ void XInputClickMonitor::handle(const xcb_generic_event_t* event)
     if (generic->extension != *m_xinputOpcode || generic->event_type != XCB_INPUT_RAW_BUTTON_PRESS)
         return;
     // Presses still queued from before stop() are dropped here.
-    if (!m_pressed)
+    if (!m_running)
         return;
     const auto* press = reinterpret_cast<const xcb_input_raw_button_press_event_t*>(event);
     if (!isReportedButton(press->detail))
@@ -102,7 +98,5 @@ void XInputClickMonitor::handle(const xcb_generic_event_t* event)
         xcb_query_pointer_reply(connection, xcb_query_pointer(connection, rootWindow(connection)), nullptr));
     if (!pointer)
         return;
-    // A copy: the callback may well stop or restart the monitor.
-    const auto pressed = m_pressed;
-    pressed(fromDevicePixels(QPoint(pointer->root_x, pointer->root_y)));
+    Q_EMIT pressed(fromDevicePixels(QPoint(pointer->root_x, pointer->root_y)));
 }

@@ -12,20 +12,22 @@
 /// press to whichever window is under the pointer.
 class XInputClickMonitor final : public ClickMonitor
 {
+    Q_OBJECT
+
 public:
-    void start(std::function<void(QPoint)> pressed) override;
+    void start() override;
     void stop() override;
-    bool isAvailable() override { return connect(); }
+    bool isAvailable() override { return connectXInput(); }
     FacilityReach reach() override;
 
 private:
-    bool connect();
+    bool connectXInput();
     void select(bool presses);
     void drain();
     void handle(const xcb_generic_event_t* event);
 
     XcbSideConnection m_connection;
-    std::function<void(QPoint)> m_pressed;
+    bool m_running = false;
     /// XInput's opcode once the server was found to have XI 2.1; nothing when it has not.
     std::optional<std::uint8_t> m_xinputOpcode;
     bool m_checked = false;
