@@ -228,22 +228,29 @@ void TestLayout::chipsThatDoNotFitOverflow_data()
     QTest::addColumn<qsizetype>("contextStart");
     QTest::addColumn<int>("maxWidth");
     QTest::addColumn<qsizetype>("shown");
+    QTest::addColumn<qsizetype>("measured"); // chips whose width was asked for
     const QList<int> three = {100, 100, 100};
-    QTest::newRow("all fit") << three << qsizetype(3) << 1000 << qsizetype(3);
-    QTest::newRow("all fit exactly") << three << qsizetype(3) << 362 << qsizetype(3);
+    QTest::newRow("all fit") << three << qsizetype(3) << 1000 << qsizetype(3) << qsizetype(3);
+    QTest::newRow("all fit exactly") << three << qsizetype(3) << 362 << qsizetype(3) << qsizetype(3);
     // One pixel short: the last chip goes, and the overflow chip (38 with its gap) takes its place.
-    QTest::newRow("one pixel short") << three << qsizetype(3) << 361 << qsizetype(2);
+    QTest::newRow("one pixel short") << three << qsizetype(3) << 361 << qsizetype(2) << qsizetype(3);
     // 24 + 14 + 108 + 38 = 184: one chip and the overflow chip.
-    QTest::newRow("overflow chip needs room too") << three << qsizetype(3) << 253 << qsizetype(1);
-    QTest::newRow("only the overflow chip") << three << qsizetype(3) << 183 << qsizetype(0);
-    QTest::newRow("no room at all") << three << qsizetype(3) << 0 << qsizetype(0);
-    QTest::newRow("empty bar") << QList<int>() << qsizetype(0) << 0 << qsizetype(0);
+    QTest::newRow("overflow chip needs room too")
+        << three << qsizetype(3) << 253 << qsizetype(1) << qsizetype(2);
+    QTest::newRow("only the overflow chip") << three << qsizetype(3) << 183 << qsizetype(0) << qsizetype(2);
+    QTest::newRow("no room at all") << three << qsizetype(3) << 0 << qsizetype(0) << qsizetype(0);
+    QTest::newRow("empty bar") << QList<int>() << qsizetype(0) << 0 << qsizetype(0) << qsizetype(0);
     // With the front application's chips from index 2, the separator (9 with its gap) counts once one
     // of them is on the bar: 362 + 9 fits all; 370 leaves the last out, and with it the separator.
-    QTest::newRow("separator counted") << three << qsizetype(2) << 371 << qsizetype(3);
-    QTest::newRow("separator leaves with the chips") << three << qsizetype(2) << 370 << qsizetype(2);
+    QTest::newRow("separator counted") << three << qsizetype(2) << 371 << qsizetype(3) << qsizetype(3);
+    QTest::newRow("separator leaves with the chips")
+        << three << qsizetype(2) << 370 << qsizetype(2) << qsizetype(3);
     // Long chips early and short ones late: the row keeps its order, no short chip jumps ahead.
-    QTest::newRow("order kept") << QList<int>{300, 20, 20} << qsizetype(3) << 300 << qsizetype(0);
+    QTest::newRow("order kept") << QList<int>{300, 20, 20} << qsizetype(3) << 300 << qsizetype(0)
+                                << qsizetype(1);
+    // A bar of a thousand: only the chips up to the first that cannot fit are measured.
+    QTest::newRow("a thousand") << QList<int>(1000, 100) << qsizetype(1000) << 362 << qsizetype(2)
+                                << qsizetype(4);
 }
 
 void TestLayout::chipsThatDoNotFitOverflow()
@@ -252,8 +259,15 @@ void TestLayout::chipsThatDoNotFitOverflow()
     QFETCH(qsizetype, contextStart);
     QFETCH(int, maxWidth);
     QFETCH(qsizetype, shown);
+    QFETCH(qsizetype, measured);
     const Overflow::Row row{24, 8, 14, 1, 30};
-    QCOMPARE(Overflow::chipsOnBar(widths, contextStart, row, maxWidth), shown);
+    QList<qsizetype> asked;
+    const auto widthOf = [&](qsizetype i) {
+        asked.append(i);
+        return widths.at(i);
+    };
+    QCOMPARE(Overflow::chipsOnBar(widths.size(), widthOf, contextStart, row, maxWidth), shown);
+    QCOMPARE(asked.size(), measured);
 }
 
 void TestLayout::overflowFlyoutFillsColumns_data()

@@ -101,14 +101,13 @@ void BarView::rebuild(const BarConfig& config, const QList<ButtonSpec>& contextB
 
     const QList<ButtonSpec> specs = config.buttons + contextButtons;
     const qsizetype contextStart = config.buttons.size();
-    QList<int> widths;
-    widths.reserve(specs.size());
-    for (const ButtonSpec& spec : specs)
-        widths.append(ChipLabel::sizeFor(spec, hasChevron(spec), devicePixelRatioF()).width());
+    const auto widthOf = [&](qsizetype i) {
+        return ChipLabel::sizeFor(specs.at(i), hasChevron(specs.at(i)), devicePixelRatioF()).width();
+    };
     const auto overflowWidth = ChipLabel::sizeFor(overflowSpec(0), false, devicePixelRatioF()).width();
     const Overflow::Row metrics{2 * rowMargin, rowSpacing, m_grip->sizeHint().width(), separatorWidth,
                                 overflowWidth};
-    const qsizetype shown = Overflow::chipsOnBar(widths, contextStart, metrics, maxWidth);
+    const qsizetype shown = Overflow::chipsOnBar(specs.size(), widthOf, contextStart, metrics, maxWidth);
     // Only the chips that fit are made: the rest wait in the overflow's list.
     QList<ChipLabel*> chips;
     for (qsizetype i = 0; i < shown; ++i)

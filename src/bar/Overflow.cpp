@@ -6,26 +6,24 @@
 
 namespace Overflow {
 
-qsizetype chipsOnBar(const QList<int>& widths, qsizetype contextStart, const Row& row, int maxWidth)
+qsizetype chipsOnBar(qsizetype count, const std::function<int(qsizetype)>& widthOf, qsizetype contextStart,
+                     const Row& row, int maxWidth)
 {
-    const auto widthWith = [&](qsizetype shown) {
-        int width = row.margins + row.grip;
-        for (qsizetype i = 0; i < shown; ++i)
-            width += row.spacing + widths.at(i);
-        if (contextStart < shown)
-            width += row.spacing + row.separator;
-        if (shown < widths.size())
-            width += row.spacing + row.overflow;
-        return width;
-    };
-    if (widths.isEmpty() || widthWith(widths.size()) <= maxWidth)
-        return widths.size();
-    // Dropping a chip never widens the bar once the overflow chip is there, so the first that fits is
-    // the most that fits.
-    qsizetype shown = widths.size() - 1;
-    while (shown > 0 && widthWith(shown) > maxWidth)
-        --shown;
-    return shown;
+    // rowWidths[k]: the row with the first k chips, before any overflow chip. Once it is too wide, no
+    // longer row fits either, so no further chip is measured.
+    QList<int> rowWidths{row.margins + row.grip};
+    for (qsizetype i = 0; i < count && rowWidths.last() <= maxWidth; ++i) {
+        const int separator = i == contextStart ? row.spacing + row.separator : 0;
+        rowWidths.append(rowWidths.last() + row.spacing + widthOf(i) + separator);
+    }
+    const qsizetype measured = rowWidths.size() - 1;
+    if (measured == count && rowWidths.last() <= maxWidth)
+        return count;
+    for (qsizetype shown = std::min(measured, count - 1); shown > 0; --shown) {
+        if (rowWidths.at(shown) + row.spacing + row.overflow <= maxWidth)
+            return shown;
+    }
+    return 0;
 }
 
 int rowsPerColumn(qsizetype count, int rowHeight, int spacing, int margins, int maxHeight)
