@@ -7,6 +7,7 @@
 #include "platform/desktopshell/KWinFrontScript.h"
 #include "platform/desktopshell/SessionFrontApplication.h"
 #include "platform/fake/FakePlatform.h"
+#include "platform/freedesktop/DesktopEntriesModule.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -118,6 +119,7 @@ void TestDesktopLaunch::initTestCase()
     // The session script gives every test a fresh home and XDG folders; never run this against real ones.
     m_home = QDir::homePath();
     QVERIFY2(m_home.startsWith(QDir::tempPath()), "run through tests/x11/with-x-session.sh");
+    DesktopEntriesModule::setFolder(QStringLiteral(DESKTOP_ENTRIES_MODULE_DIR));
     m_record = m_home + u"/record.txt"_s;
     QVERIFY(writeAll(m_home + u"/record.sh"_s, u"#!/bin/sh\necho \"$*\" >> '%1'\n"_s.arg(m_record).toUtf8()));
     QVERIFY(QFile::setPermissions(m_home + u"/record.sh"_s,

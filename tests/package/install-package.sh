@@ -15,6 +15,7 @@ fail() {
 # Every file a desktop looks for, relative to the prefix.
 expected_files=(
     bin/vantril
+    lib/vantril/libvantril-desktop-entries.so
     share/applications/vantril.desktop
     share/metainfo/io.github.vantril.Vantril.metainfo.xml
     share/man/man1/vantril.1
