@@ -1,24 +1,15 @@
 #include "RunningBar.h"
 
-#include "TestSupport.h"
+#include "bar/BarView.h"
+#include "bar/SymbolView.h"
+#include "config/ConfigReader.h"
+#include "dragdrop/DragState.h"
 
 #include <QDir>
-#include <QGuiApplication>
-#include <QImage>
-#include <QScreen>
+#include <QElapsedTimer>
 #include <QTest>
 #include <cstdio>
-
-TestHome::TestHome()
-{
-    if (m_dir.isValid() && !QDir().mkpath(xdgConfigHome()))
-        m_dir.remove();
-}
-
-QByteArray TestHome::buttons() const
-{
-    return readAll(buttonsJson());
-}
+#include <limits>
 
 bool TestHome::writeButtons(const QByteArray& bytes) const
 {
@@ -29,80 +20,44 @@ QProcessEnvironment TestHome::environment(const Variables& variables) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const QString& name : environment.keys()) {
-        if (name.startsWith(QStringLiteral("VANTRIL_")) || name.endsWith(QStringLiteral("_proxy")) ||
-            name.endsWith(QStringLiteral("_PROXY")))
+        if (name.startsWith(u"VANTRIL_"_s))
             environment.remove(name);
     }
-    environment.insert(QStringLiteral("VANTRIL_CONFIG_DIR"), configDir());
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), xdgConfigHome());
+    environment.insert(u"VANTRIL_CONFIG_DIR"_s, configDir());
+    environment.insert(u"XDG_CONFIG_HOME"_s, xdgConfigHome());
     for (const auto& [name, value] : variables)
         environment.insert(name, value);
     return environment;
 }
 
-TestProcess::TestProcess(const QString& program, const QStringList& arguments,
-                         const QProcessEnvironment& environment)
+BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context)
 {
-    m_process.setProcessEnvironment(environment);
-    m_process.start(program, arguments);
-    if (!m_process.waitForStarted(10000))
-        qWarning("cannot start %s: %s", qPrintable(program), qPrintable(m_process.errorString()));
+    // The icon theme the program sets up, so that chips laid out here have its icons' widths.
+    static const bool themed = (SymbolView::useIconThemes(), true);
+    Q_UNUSED(themed);
+    DragState drag;
+    BarHandlers handlers;
+    BarView view(drag, handlers);
+    view.rebuild(config, context, true, std::numeric_limits<int>::max());
+    return {view.width(), view.chipFrames()};
 }
 
-TestProcess::~TestProcess()
+namespace {
+
+/// Writes `config` as the buttons.json the program is to read, and gives the environment it runs in.
+QProcessEnvironment prepared(const TestHome& home, const BarConfig& config, const Variables& variables)
 {
-    stop();
+    // Where it cannot be written, the program finds the folder as unusable as this process did.
+    home.writeButtons(Config::encoded(config));
+    return home.environment(variables);
 }
 
-QString TestProcess::log()
-{
-    m_log += QString::fromUtf8(m_process.readAllStandardError());
-    return m_log;
-}
+} // namespace
 
-std::optional<quintptr> TestProcess::shownWindow(const QString& name) const
-{
-    const auto window = findWindow(name, pid());
-    if (!window || !isViewable(*window))
-        return std::nullopt;
-    return window;
-}
-
-std::optional<quintptr> TestProcess::waitForWindow(const QString& name, bool active)
-{
-    std::optional<quintptr> window;
-    const bool shown = waitFor([&] {
-        if (!isRunning())
-            return true;
-        window = shownWindow(name);
-        return window && (!active || activeWindow() == *window);
-    });
-    if (!shown || !isRunning())
-        return std::nullopt;
-    return window;
-}
-
-void TestProcess::stop(bool gently)
-{
-    if (m_process.state() == QProcess::NotRunning)
-        return;
-    const qint64 id = pid();
-    if (gently)
-        m_process.terminate();
-    else
-        m_process.kill();
-    if (!m_process.waitForFinished(10000)) {
-        m_process.kill();
-        m_process.waitForFinished(10000);
-    }
-    // The window manager drops a dead client's windows from its list a moment later.
-    waitFor([id] { return !hasClientWindows(id); });
-}
-
-RunningBar::RunningBar(const TestHome& home, const Variables& variables, const QString& program,
-                       const QStringList& arguments)
-    : TestProcess(program, arguments, home.environment(variables))
+RunningBar::RunningBar(const TestHome& home, const BarConfig& config, const Variables& variables)
+    : TestProcess(QStringLiteral(VANTRIL_BINARY), {}, prepared(home, config, variables))
     , m_buttonsJson(home.buttonsJson())
+    , m_layout(layoutOf(config))
 {}
 
 RunningBar::~RunningBar()
@@ -113,40 +68,54 @@ RunningBar::~RunningBar()
     }
 }
 
-std::optional<quintptr> RunningBar::waitForBar(std::optional<int> width)
+bool RunningBar::waitForBar()
 {
     std::optional<quintptr> bar;
     waitFor([&] {
-        if (!isRunning())
-            return true;
-        bar = findWindow(QStringLiteral("Vantril"), pid());
-        if (!bar)
-            return false;
-        const auto info = windowInfo(*bar);
-        return info && info->viewable && (!width || info->frame.width() == *width);
+        bar = isRunning() ? findWindow(u"Vantril"_s, pid()) : std::nullopt;
+        return !isRunning() || (bar && isViewable(*bar) && frameOf(*bar).width() == m_layout.width);
     });
-    if (bar) {
-        m_bar = *bar;
-        m_frame = frameOf(m_bar);
-        waitUntilDrawn(m_frame); // a compositor may still be fading it in
-    }
-    return bar;
+    if (!bar)
+        return false;
+    m_bar = *bar;
+    m_frame = frameOf(m_bar);
+    return waitUntilDrawn(m_frame); // a compositor may still be fading it in
 }
 
-bool RunningBar::waitForWidth(int width, int timeoutMs)
+bool RunningBar::waitForWidth(int width)
 {
-    const bool done = waitFor(
-        [&] {
-            m_frame = frameOf(m_bar);
-            return m_frame.width() == width;
-        },
-        timeoutMs);
-    if (!done)
-        qWarning("bar is %s, expected width %d", qPrintable(describe(m_frame)), width);
-    return done;
+    if (waitFor([&] { return (m_frame = frameOf(m_bar)).width() == width; }))
+        return true;
+    qWarning("bar is %s, expected width %d", qPrintable(describe(m_frame)), width);
+    return false;
 }
 
-std::optional<xcb_window_t> RunningBar::openMenu(const QPoint& global)
+BarConfig RunningBar::saved() const
+{
+    return ConfigReader::decode(readAll(m_buttonsJson)).value_or(BarConfig{});
+}
+
+bool RunningBar::waitForSave(const QByteArray& before)
+{
+    if (!waitFor([&] {
+            const QByteArray now = readAll(m_buttonsJson);
+            return now != before && ConfigReader::decode(now).has_value();
+        }))
+        return false;
+    m_layout = layoutOf(saved());
+    return waitForWidth(m_layout.width);
+}
+
+std::optional<quintptr> RunningBar::openFlyout(const QString& title)
+{
+    std::optional<quintptr> flyout;
+    if (!waitFor([&] { return !shownFlyout(); }) || !clickAt(chip(title)) ||
+        !waitFor([&] { return (flyout = shownFlyout()) && frameOf(*flyout).height() > 16; }))
+        return std::nullopt;
+    return flyout;
+}
+
+std::optional<quintptr> RunningBar::openMenu(const QPoint& global)
 {
     // Two right presses closer than this are a double click to Qt, which opens no context menu.
     constexpr int doubleClickGapMs = 600;
@@ -156,7 +125,23 @@ std::optional<xcb_window_t> RunningBar::openMenu(const QPoint& global)
     if (!clickAt(global, 3))
         return std::nullopt;
     sinceRightClick.start();
-    std::optional<xcb_window_t> menu;
-    waitFor([&] { return (menu = shownMenu()).has_value(); });
+    // A popup is no managed window; tooltips, and the bar and its flyouts under a tiling manager, are
+    // not either, and say what they are.
+    const QList<quint32> notMenus = {atom("_NET_WM_WINDOW_TYPE_TOOLTIP"), atom("_NET_WM_WINDOW_TYPE_DOCK")};
+    std::optional<quintptr> menu;
+    waitFor([&] {
+        const QList<quintptr> windows = unmanagedWindows();
+        const auto found = std::find_if(windows.begin(), windows.end(), [&](quintptr window) {
+            return pidOf(window) == pid() && isViewable(window) &&
+                   !notMenus.contains(values(window, "_NET_WM_WINDOW_TYPE").value(0));
+        });
+        return (menu = found == windows.end() ? std::nullopt : std::optional(*found)).has_value();
+    });
     return menu;
+}
+
+QPoint secondRowOf(const QRect& flyout)
+{
+    const int rowHeight = (flyout.height() - 2 * 8 - 6) / 2;
+    return {flyout.center().x(), flyout.y() + 8 + rowHeight + 6 + rowHeight / 2};
 }

@@ -1,10 +1,15 @@
 #pragma once
 
-#include "X11Windows.h"
+// The real program started with folders of its own and a buttons.json of the test's, and its bar found
+// on screen: where each chip is, laid out by the program's own bar view in this process.
 
-#include <QElapsedTimer>
-#include <QMenu>
-#include <QProcess>
+#include "TestSupport.h"
+#include "X11Windows.h"
+#include "config/Config.h"
+
+#include <QDir>
+#include <QHash>
+#include <QRectF>
 #include <QTemporaryDir>
 #include <utility>
 
@@ -14,8 +19,14 @@ using Variables = QList<std::pair<QString, QString>>;
 /// its menus are the same whichever window is active.
 inline Variables withoutFrontApp(Variables variables = {})
 {
-    variables.prepend({QStringLiteral("VANTRIL_CONTEXT_APP"), QStringLiteral("none")});
+    variables.prepend({u"VANTRIL_CONTEXT_APP"_s, u"none"_s});
     return variables;
+}
+
+/// A bar of `buttons` alone.
+inline BarConfig barOf(QList<ButtonSpec> buttons)
+{
+    return {std::move(buttons), std::nullopt, std::nullopt};
 }
 
 /// Folders of one test: the program's configuration folder and an XDG config home, inside a fresh
@@ -23,83 +34,86 @@ inline Variables withoutFrontApp(Variables variables = {})
 class TestHome
 {
 public:
-    TestHome();
+    TestHome() { QDir().mkpath(xdgConfigHome()); }
 
-    bool isValid() const { return m_dir.isValid(); }
     QString path(const QString& name) const { return m_dir.filePath(name); }
-    QString configDir() const { return path(QStringLiteral("vantril")); }
-    QString xdgConfigHome() const { return path(QStringLiteral("xdg")); }
-    QString buttonsJson() const { return path(QStringLiteral("vantril/buttons.json")); }
-    QString backupsDir() const { return path(QStringLiteral("vantril/backups")); }
-    QString preferencesFile() const { return path(QStringLiteral("xdg/vantril/vantril.ini")); }
-    QString autostartEntry() const { return path(QStringLiteral("xdg/autostart/vantril.desktop")); }
-    QByteArray buttons() const;
-    /// Writes buttons.json, making its folder first, as it would be before the program starts.
+    QString configDir() const { return path(u"vantril"_s); }
+    QString xdgConfigHome() const { return path(u"xdg"_s); }
+    QString buttonsJson() const { return path(u"vantril/buttons.json"_s); }
+    QString preferencesFile() const { return path(u"xdg/vantril/vantril.ini"_s); }
+    QByteArray buttons() const { return readAll(buttonsJson()); }
+    /// Writes buttons.json, making its folder first.
     bool writeButtons(const QByteArray& bytes) const;
-
-    /// The machine's environment with these folders, without its VANTRIL_ variables, or a proxy that
-    /// would stand between the program and a feed served here, and with `variables` added.
+    /// The machine's environment with these folders, without its VANTRIL_ variables, and with `variables`.
     QProcessEnvironment environment(const Variables& variables = {}) const;
 
 private:
     QTemporaryDir m_dir;
 };
 
-/// A program started for a test. Its standard error is kept; its end, when it goes out of scope, waits
-/// until the window manager no longer lists its windows, so that none lingers into the next step.
-class TestProcess
+/// Where the chips of a configuration sit on a bar expanding upwards, in bar coordinates, and how wide
+/// that bar is. Laid out by the program's own bar view rather than by pixel offsets copied from its
+/// code: a change of font, icon or spacing then moves the pointer along with the chips. The width is
+/// compared with the window on screen, which shows that this layout is the one the program drew.
+struct BarLayout
 {
-public:
-    TestProcess(const QString& program, const QStringList& arguments,
-                const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
-    virtual ~TestProcess();
-    TestProcess(const TestProcess&) = delete;
-    TestProcess& operator=(const TestProcess&) = delete;
-
-    QProcess& process() { return m_process; }
-    qint64 pid() const { return m_process.processId(); }
-    bool isRunning() const { return m_process.state() == QProcess::Running; }
-    /// Everything written to standard error so far.
-    QString log();
-
-    /// Its window titled `name`, while that is on screen.
-    std::optional<quintptr> shownWindow(const QString& name) const;
-    /// Waits for its window titled `name` to be on screen and, when `active`, to have the keyboard focus.
-    std::optional<quintptr> waitForWindow(const QString& name, bool active = false);
-    void stop(bool gently = false);
-
-private:
-    QProcess m_process;
-    QString m_log;
+    int width = 0;
+    QHash<QString, QRectF> chips;
 };
 
-/// The program with the folders of a TestHome. When the test fails, what the program logged and what
-/// buttons.json holds are printed as it goes.
+/// The chips of `config`, with the front application's `context` after the separator.
+BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context = {});
+
+/// The program, started with `config` as its buttons.json. When the test fails, what the program logged
+/// and what buttons.json holds are printed as it goes.
 class RunningBar : public TestProcess
 {
 public:
-    explicit RunningBar(const TestHome& home, const Variables& variables = {},
-                        const QString& program = QStringLiteral(VANTRIL_BINARY),
-                        const QStringList& arguments = {});
+    explicit RunningBar(const TestHome& home, const BarConfig& config = Config::defaults(),
+                        const Variables& variables = withoutFrontApp());
     ~RunningBar() override;
 
-    /// Waits for the bar to be on screen, and `width` wide when that is given.
-    std::optional<quintptr> waitForBar(std::optional<int> width = std::nullopt);
+    /// Waits for the bar to be on screen as wide as its buttons.
+    bool waitForBar();
     quintptr bar() const { return m_bar; }
     /// Waits until the bar is `width` wide; frame() is where it then is.
-    bool waitForWidth(int width, int timeoutMs = windowTimeoutMs);
+    bool waitForWidth(int width);
     /// Where the bar was when last looked at.
     QRect frame() const { return m_frame; }
-    std::optional<quintptr> shownFlyout() const { return shownWindow(QStringLiteral("Vantril flyout")); }
-    std::optional<xcb_window_t> shownMenu() const { return ::shownMenu(pid()); }
+    /// What buttons.json holds now; nothing when it does not decode.
+    BarConfig saved() const;
+    /// Waits until buttons.json differs from `before` and decodes, then until the bar shows it.
+    bool waitForSave(const QByteArray& before);
+
+    /// Where chip `title` is on screen.
+    QRectF chipRect(const QString& title) const
+    {
+        return m_layout.chips.value(title).translated(m_frame.topLeft());
+    }
+    QPoint chip(const QString& title) const { return chipRect(title).center().toPoint(); }
+    /// The middle of the gap after chip `title`, where the drop marker goes.
+    QPoint gapAfter(const QString& title) const
+    {
+        return {qRound(chipRect(title).right()) + 4, m_frame.y() + m_frame.height() / 2};
+    }
+    /// The grip, 14 pixels wide after the bar's 12 pixel margin, halfway up.
+    QPoint grip() const { return {m_frame.x() + 12 + 7, m_frame.y() + m_frame.height() / 2}; }
+
+    std::optional<quintptr> shownFlyout() const { return shownWindow(u"Vantril flyout"_s); }
+    /// Taps chip `title` once no flyout is open, and waits for its flyout to be open with rows in it.
+    std::optional<quintptr> openFlyout(const QString& title);
     /// Right-clicks at `global` and waits for the program's menu.
-    std::optional<xcb_window_t> openMenu(const QPoint& global);
+    std::optional<quintptr> openMenu(const QPoint& global);
 
 private:
     QString m_buttonsJson;
+    BarLayout m_layout;
     quintptr m_bar = 0;
     QRect m_frame;
 };
+
+/// The middle of the second row of a flyout of two: rows of one height between 8 pixel margins, 6 apart.
+QPoint secondRowOf(const QRect& flyout);
 
 /// The keys that choose `title` in a menu of `items` just opened: Down from nothing selected reaches the
 /// first item and skips separators. Empty when the menu has no such item.
@@ -110,11 +124,9 @@ QStringList keysFor(const QList<Item>& items, const QString& title)
     for (const Item& item : items) {
         if (item.isSeparator())
             continue;
-        names.append(QStringLiteral("Down"));
-        if (item.title == title) {
-            names.append(QStringLiteral("Return"));
-            return names;
-        }
+        names.append(u"Down"_s);
+        if (item.title == title)
+            return names << u"Return"_s;
     }
     return {};
 }
