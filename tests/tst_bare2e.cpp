@@ -1,10 +1,6 @@
 // The real program against a real X server and window manager (openbox unless VANTRIL_TEST_WM names
-// another), driven and watched from the outside as a user and the window manager see it, one seam of
-// the desktop each: where the bar sits and stays, what it tells the window manager and what clicks on it
-// leave alone, drags of its chips, drops from another program, the front application's set, hand edits
-// and the button editor, auto-hide, the hot key, files that are programs, and the command line reaching
-// the running bar. Runs inside tests/x11/with-x-session.sh; every test starts its own copy of the
-// program with folders of its own.
+// another), driven and watched from the outside, one seam of the desktop in each test. Runs inside
+// tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of its own.
 
 #include "RunningBar.h"
 #include "app/InstancePaths.h"
@@ -21,40 +17,31 @@
 #include <QRegion>
 #include <QScreen>
 #include <QTest>
-#include <cstdio>
 #include <sys/stat.h>
 #include <xcb/shape.h>
 
 namespace {
 
 const QString testWindow = QStringLiteral(TESTWINDOW_BINARY);
-
 /// Away from where the bar will be, so that nothing is hovered or rested on by accident.
 const QPoint away(screenWidth / 2, 100);
-
-/// How long the pointer may be away before the bar has faded out, and resting on its place before it
-/// is back: ten ticks of 150 ms and a 200 ms fade, two ticks and a fade, with room for a busy machine.
-constexpr int hideWithinMs = 2000;
-constexpr int showWithinMs = 2000;
-
-const QString hotKeyTaken =
-    u"Hot key ctrl+alt+b is taken by another program; bind `vantril --toggle` in your "
-    "desktop's keyboard settings instead"_s;
+const QString hotKeyTaken = u"Hot key ctrl+alt+b is taken by another program; bind `vantril --toggle` in "
+                            "your desktop's keyboard settings instead"_s;
 
 bool numLockOn()
 {
     return output(u"xset"_s, {u"q"_s}).contains(QRegularExpression(u"Num Lock:\\s+on\\b"_s));
 }
 
-/// One of the window's shapes, in window coordinates.
 QRegion shapeOf(quintptr window, xcb_shape_kind_t kind)
 {
     const auto reply = adoptReply(xcb_shape_get_rectangles_reply(
         connection(), xcb_shape_get_rectangles(connection(), xcb_window_t(window), kind), nullptr));
     QRegion region;
-    const xcb_rectangle_t* rectangles = reply ? xcb_shape_get_rectangles_rectangles(reply.get()) : nullptr;
-    for (int i = 0; reply && i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i)
-        region += QRect(rectangles[i].x, rectangles[i].y, rectangles[i].width, rectangles[i].height);
+    for (int i = 0; reply && i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i) {
+        const xcb_rectangle_t& r = xcb_shape_get_rectangles_rectangles(reply.get())[i];
+        region += QRect(r.x, r.y, r.width, r.height);
+    }
     return region;
 }
 
@@ -76,12 +63,12 @@ bool shownAs(quintptr bar, bool shown)
 qsizetype barsShown()
 {
     const QList<quintptr> windows = topLevelWindows();
-    return std::count_if(windows.begin(), windows.end(), [](quintptr window) {
-        return windowName(window) == u"Vantril"_s && isViewable(window);
-    });
+    return std::count_if(windows.begin(), windows.end(),
+                         [](quintptr w) { return windowName(w) == u"Vantril"_s && isViewable(w); });
 }
 
-/// A command line run to its end: how it ended, what it complained, how long it took.
+/// A command line run to its end: its exit code (-1 when it did not end by itself), what it complained
+/// and how long it took.
 struct Ran
 {
     int status = -1;
@@ -96,25 +83,19 @@ Ran run(const TestHome& home, const QStringList& arguments)
     QElapsedTimer clock;
     clock.start();
     process.start(QStringLiteral(VANTRIL_BINARY), arguments);
-    if (!process.waitForFinished(windowTimeoutMs) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
+    if (!process.waitForFinished(windowTimeoutMs) || process.exitStatus() != QProcess::NormalExit)
         return {};
-    }
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardError()), clock.elapsed()};
 }
 
-/// Whether the window holds white at a point of the screen, as the X server has it: the drop marker and
-/// a chip's highlight are white, and nothing else on the bar is. Read from the window itself: a rootless
-/// XWayland's root window holds none of what is shown.
+/// Whether the window is white at a point of the screen: the drop marker and a chip's highlight are,
+/// and nothing else on the bar is. Read from the window itself: a rootless XWayland's root holds nothing.
 bool whiteAt(quintptr window, const QPoint& global)
 {
-    const QPoint local = global - frameOf(window).topLeft();
-    const QColor colour = QGuiApplication::primaryScreen()
-                              ->grabWindow(window, local.x(), local.y(), 1, 1)
-                              .toImage()
-                              .pixelColor(0, 0);
-    return colour.isValid() && colour.red() >= 235 && colour.green() >= 235 && colour.blue() >= 235;
+    const QPoint at = global - frameOf(window).topLeft();
+    const QColor colour =
+        QGuiApplication::primaryScreen()->grabWindow(window, at.x(), at.y(), 1, 1).toImage().pixelColor(0, 0);
+    return colour.isValid() && qMin(qMin(colour.red(), colour.green()), colour.blue()) >= 235;
 }
 
 /// Drags `files` from another program's window over XDND to `target` on the bar, and drops them there
@@ -122,48 +103,39 @@ bool whiteAt(quintptr window, const QPoint& global)
 bool dropFiles(const RunningBar& vantril, const QStringList& files, const QPoint& target,
                const QPoint& feedback)
 {
-    if (whiteAt(vantril.bar(), feedback)) {
-        qWarning("white at %d,%d before any drag", feedback.x(), feedback.y());
-        return false;
-    }
     TestProcess source(testWindow, QStringList{u"drag"_s} + files);
     const auto window = source.waitForWindow(u"dragsource"_s);
     // A tiling manager gives it the whole screen, under the bar: the drag only has to start off the bar.
-    if (!window || vantril.frame().contains(frameOf(*window).center()))
+    if (!window || vantril.frame().contains(frameOf(*window).center()) || whiteAt(vantril.bar(), feedback))
         return false;
     QString said;
-    const auto saidCount = [&](const char* word) {
+    const auto saidAll = [&](const char* word) {
         said += QString::fromUtf8(source.process().readAllStandardOutput());
-        return said.count(QLatin1String(word));
+        return said.contains(QLatin1String(word));
     };
     const QPoint start = frameOf(*window).center();
     if (!xdotool(moveArguments(start) + QStringList{u"mousedown"_s, u"1"_s}) ||
-        !waitFor([&] { return saidCount("started") > 0; }))
+        !waitFor([&] { return saidAll("started"); }))
         return false;
     QStringList steps;
     for (const QPoint& point : pathBetween(start, target, 12))
         steps += moveArguments(point);
-    xdotool(steps);
     // The source sends a new position only after the target has answered the last one; a pointer that
     // keeps still might leave the final position unsent. A one-pixel wiggle that ends on the target
     // brings it along.
-    const bool shown = waitFor(
-        [&] {
-            const bool white = whiteAt(vantril.bar(), feedback);
-            if (!white)
-                xdotool(moveArguments(target + QPoint(1, 0)) + moveArguments(target));
-            return white;
-        },
-        windowTimeoutMs, 100);
-    if (!shown)
-        qWarning("the program showed no drop feedback at %d,%d", target.x(), target.y());
-    return xdotool({u"mouseup"_s, u"1"_s}) && waitFor([&] { return saidCount("finished") > 0; }) && shown;
+    const bool shown = xdotool(steps) &&
+                       waitFor(
+                           [&] {
+                               return whiteAt(vantril.bar(), feedback) ||
+                                      !xdotool(moveArguments(target + QPoint(1, 0)) + moveArguments(target));
+                           },
+                           windowTimeoutMs, 100);
+    return xdotool({u"mouseup"_s, u"1"_s}) && waitFor([&] { return saidAll("finished"); }) && shown;
 }
 
-/// Files a user may meet in a download folder that run if anything starts them, each leaving
-/// markerOf(path) behind when it does: a shell script with an execute bit, an ELF at --x--x--x, a
-/// desktop entry at 0644 whose Exec makes the marker, and a FIFO named like a desktop entry, which
-/// nothing can start and which hangs whoever reads it.
+/// Files a user may meet in a download folder that run if anything starts them, each leaving a marker
+/// file when it does: a shell script with an execute bit, an ELF at --x--x--x, a desktop entry at 0644,
+/// and a FIFO named like a desktop entry, which nothing can start and which hangs whoever reads it.
 const QStringList strays = {u"invoice.pdf.sh"_s, u"tool"_s, u"invoice.desktop"_s, u"x.desktop"_s};
 
 QString markerOf(const QString& path)
@@ -171,33 +143,30 @@ QString markerOf(const QString& path)
     return path + u".ran"_s;
 }
 
-/// Makes stray `name` in `folder`; its path, or nothing when it could not be made.
 QString makeStray(const QString& name, const QString& folder)
 {
     const QString path = QDir(folder).filePath(name);
-    if (name == u"x.desktop"_s)
+    if (name == strays[3])
         return ::mkfifo(QFile::encodeName(path).constData(), 0644) == 0 ? path : QString();
     // The script's marker holds what it found in QT_QPA_PLATFORM: the bar's own choice must not reach it.
     const bool made =
-        name == u"tool"_s ? QFile::copy(testWindow, path)
-        : name.endsWith(u".sh"_s)
+        name == strays[1] ? QFile::copy(testWindow, path)
+        : name == strays[0]
             ? writeAll(path, "#!/bin/sh\nprintf '%s' \"${QT_QPA_PLATFORM-unset}\" > \"$0.ran\"\n")
-            : writeAll(path, u"[Desktop Entry]\nType=Application\nName=Invoice\nExec=touch %1\n"_s
-                                 .arg(markerOf(path))
-                                 .toUtf8());
-    const mode_t mode = name == u"tool"_s ? 0111 : name.endsWith(u".sh"_s) ? 0755 : 0644;
+            : writeAll(path, "[Desktop Entry]\nType=Application\nName=Invoice\nExec=touch " +
+                                 QFile::encodeName(markerOf(path)) + '\n');
+    const mode_t mode = name == strays[1] ? 0111 : name == strays[0] ? 0755 : 0644;
     return made && ::chmod(QFile::encodeName(path).constData(), mode) == 0 ? path : QString();
 }
 
 /// Writes a desktop entry into the session's applications folder; its path.
-QString installApplication(const QString& id, const QString& name, const QString& exec)
+QString installApplication(const QString& id, const QString& exec)
 {
-    const QDir applications(qEnvironmentVariable("XDG_DATA_HOME") + u"/applications"_s);
-    const QString entry = applications.filePath(id + u".desktop"_s);
-    const bool made =
-        applications.mkpath(u"."_s) &&
-        writeAll(entry, u"[Desktop Entry]\nType=Application\nName=%1\nExec=%2\n"_s.arg(name, exec).toUtf8());
-    return made ? entry : QString();
+    const QDir folder(qEnvironmentVariable("XDG_DATA_HOME") + u"/applications"_s);
+    const QString entry = folder.filePath(id + u".desktop"_s);
+    const QByteArray text =
+        "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + "\nExec=" + exec.toUtf8();
+    return folder.mkpath(u"."_s) && writeAll(entry, text + '\n') ? entry : QString();
 }
 
 /// Where the Run button sits in the question the program asks about `name`, and how large the question
@@ -213,11 +182,10 @@ std::pair<QSize, QPoint> runButtonIn(const QString& name)
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             auto* box = qobject_cast<QMessageBox*>(widget);
             for (QAbstractButton* button : box ? box->buttons() : QList<QAbstractButton*>()) {
-                if (button->text() == u"Run"_s) {
+                if (button->text() == u"Run"_s)
                     found = {box->size(), button->mapTo(box, button->rect().center())};
-                    window = box->winId();
-                }
             }
+            window = box ? box->winId() : window;
         }
     }
     waitFor([&] { return frameOf(window).isEmpty(); });
@@ -231,7 +199,7 @@ class TestBarEndToEnd : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase() { QVERIFY(onSessionScreen() && !numLockOn()); }
     void init() { m_home = std::make_unique<TestHome>(); }
     void cleanup();
 
@@ -253,60 +221,45 @@ private:
     std::unique_ptr<TestHome> m_home;
 };
 
-void TestBarEndToEnd::initTestCase()
-{
-    QVERIFY(onSessionScreen());
-    QVERIFY2(!numLockOn(), "Num Lock is on before any test turned it on");
-}
-
 void TestBarEndToEnd::cleanup()
 {
     // The lock state belongs to the server, which the next test shares.
-    if (numLockOn()) {
-        keys({u"Num_Lock"_s});
+    if (numLockOn() && keys({u"Num_Lock"_s}))
         waitFor([] { return !numLockOn(); }, 5000);
-    }
     m_home.reset();
 }
 
 void TestBarEndToEnd::placeIsKeptAcrossRestarts()
 {
-    const auto near = [](const QPoint& a, const QPoint& b) {
-        return qAbs(a.x() - b.x()) <= 1 && qAbs(a.y() - b.y()) <= 1;
-    };
+    const auto near = [](const QPoint& a, const QPoint& b) { return (a - b).manhattanLength() <= 2; };
     QRect moved;
     {
         RunningBar first(*m_home);
         QVERIFY2(first.waitForBar(), "no bar window appeared");
-        const quintptr bar = first.bar();
         // Centred, 6 pixels above the bottom of what panels leave free.
         const QRect area = workArea();
-        const QPoint start(qRound(area.x() + area.width() / 2.0 - first.frame().width() / 2.0),
-                           area.bottom() + 1 - 6 - BarView::barHeight);
-        QVERIFY2(waitFor([&] {
-                     return near(frameOf(bar).topLeft(), start) &&
-                            frameOf(bar).height() == BarView::barHeight;
-                 }),
-                 qPrintable(describe(frameOf(bar))));
+        const QRect start(qRound(area.x() + area.width() / 2.0 - first.frame().width() / 2.0),
+                          area.bottom() + 1 - 6 - BarView::barHeight, first.frame().width(),
+                          BarView::barHeight);
+        QVERIFY2(waitFor([&] { return near(frameOf(first.bar()).topLeft(), start.topLeft()); }),
+                 qPrintable(describe(frameOf(first.bar()))));
+        QCOMPARE(frameOf(first.bar()).size(), start.size());
 
         // Up into the top half of the screen by the grip: the window follows the pointer, and a stack
-        // opens below it now.
+        // opens below it now. The place is saved a moment after the move; stopping earlier would lose it.
         const QPoint offset(-100, -600);
         QVERIFY(dragAlong(pathBetween(first.grip(), first.grip() + offset, 20)));
-        QVERIFY2(
-            waitFor([&] { return (moved = frameOf(bar)).topLeft() == first.frame().topLeft() + offset; }),
-            qPrintable(describe(moved)));
+        QVERIFY2(waitFor([&] {
+                     return (moved = frameOf(first.bar())).topLeft() == first.frame().topLeft() + offset;
+                 }),
+                 qPrintable(describe(moved)));
         QVERIFY(first.waitForWidth(moved.width()));
         const auto flyout = first.openFlyout(u"Files"_s);
-        QVERIFY2(
-            flyout && waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
-            qPrintable(u"flyout %1, bar %2"_s.arg(describe(frameOf(flyout.value_or(0))), describe(moved))));
-        // The place is saved a moment after the move; stopping earlier would lose it.
-        QVERIFY2(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }),
-                 "the new place was never saved");
+        QVERIFY2(flyout && waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
+                 qPrintable(describe(frameOf(flyout.value_or(0)))));
+        QVERIFY(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }));
         first.stop(true);
     }
-
     RunningBar second(*m_home);
     QVERIFY2(second.waitForBar(), "no bar window appeared after the restart");
     QVERIFY2(waitFor([&] { return near(frameOf(second.bar()).topLeft(), moved.topLeft()); }),
@@ -341,19 +294,18 @@ void TestBarEndToEnd::barIsADockThatNeverTakesFocus()
     const QRect frame = vantril.frame();
     const auto flyout = vantril.openFlyout(u"Files"_s);
     QVERIFY2(flyout, "the click opened no flyout");
-    const auto hangsFromFiles = [&] {
-        const QRect hung = frameOf(*flyout);
-        return qAbs(hung.x() + hung.width() / 2.0 - vantril.chip(u"Files"_s).x()) <= 2 &&
-               hung.bottom() + 1 == frame.y() - 4;
-    };
-    QVERIFY2(waitFor(hangsFromFiles), qPrintable(describe(frameOf(*flyout)) + u", bar "_s + describe(frame)));
-    QVERIFY(waitUntilDrawn(frameOf(*flyout)));
-    QVERIFY(clickAt(frameOf(*flyout).topLeft() + QPoint(frameOf(*flyout).width() / 2, 3)));
+    QVERIFY2(waitFor([&] {
+                 const QRect hung = frameOf(*flyout);
+                 return qAbs(hung.center().x() - vantril.chip(u"Files"_s).x()) <= 2 &&
+                        hung.bottom() + 5 == frame.y();
+             }),
+             qPrintable(describe(frameOf(*flyout)) + u", bar "_s + describe(frame)));
+    QVERIFY(waitUntilDrawn(frameOf(*flyout)) &&
+            clickAt(frameOf(*flyout).topLeft() + QPoint(frameOf(*flyout).width() / 2, 3)));
     QVERIFY(clickAt(vantril.chip(u"Files"_s)));
     QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the second tap on Files left the flyout open");
     // Key and paste chips type into the window in front, which keeps the keyboard throughout.
-    QVERIFY(clickAt(vantril.chip(u"Shout"_s)));
-    QVERIFY2(waitFor([&] { return readAll(text) == "H"; }), readAll(text).constData());
+    QVERIFY(clickAt(vantril.chip(u"Shout"_s)) && waitFor([&] { return readAll(text) == "H"; }));
     QVERIFY(clickAt(vantril.chip(u"Greet"_s)));
     QVERIFY2(waitFor([&] { return readAll(text) == "Hhello"; }), readAll(text).constData());
     QCOMPARE(activeWindow(), *client);
@@ -365,7 +317,8 @@ void TestBarEndToEnd::barIsADockThatNeverTakesFocus()
     QVERIFY(clickAt(elsewhere));
     QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "a click elsewhere left the flyout open");
 
-    // Above an application window that covers its place and is active.
+    // Above an application window that covers its place and is active; nobody else stacks a bar that
+    // nobody manages, and it climbs back over a window raised above it.
     const QString id = QString::number(*client);
     xdotool({u"windowmove"_s, id, QString::number(frame.x() - 20), QString::number(frame.y() - 60)});
     xdotool({u"windowsize"_s, id, QString::number(frame.width() + 40), u"200"_s});
@@ -373,12 +326,9 @@ void TestBarEndToEnd::barIsADockThatNeverTakesFocus()
              qPrintable(describe(frameOf(*client))));
     QVERIFY(xdotool({u"windowactivate"_s, u"--sync"_s, id}));
     QVERIFY2(waitFor([&] { return isStackedAbove(bar, *client); }), "the bar is below the active window");
-    // Nobody else stacks a bar that nobody manages: it climbs back over a window raised above it.
-    if (isOverrideRedirect(bar)) {
+    if (isOverrideRedirect(bar))
         raiseFrameToTop(*client);
-        QVERIFY2(waitFor([&] { return isStackedAbove(bar, *client); }),
-                 "the bar stayed below a raised window");
-    }
+    QVERIFY2(waitFor([&] { return isStackedAbove(bar, *client); }), "the bar stayed below a raised window");
     // On every workspace, at the same place.
     QVERIFY(switchWorkspace(1));
     QVERIFY2(waitFor([&] { return isViewable(bar) && frameOf(bar) == frame; }),
@@ -389,23 +339,19 @@ void TestBarEndToEnd::barIsADockThatNeverTakesFocus()
 void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
 {
     // tests/wayland/with-wayland-session.sh runs XWayland under a compositor: mutter as GNOME's session
-    // has it, or weston, which names no desktop. Every other session is an X11 one. tst_shell holds the
-    // wording; here the program finds out by itself where it runs and what the display offers.
+    // has it, or weston, which names no desktop. tst_shell holds the wording; here the program finds out
+    // by itself where it runs and what the display offers.
     const QString compositor = qEnvironmentVariable("VANTRIL_TEST_COMPOSITOR");
     const bool wayland = !compositor.isEmpty();
     RunningBar vantril(*m_home);
     const auto said = [&] { return vantril.log().count(u"In this Wayland session "_s); };
     // Said while starting, before the bar is mapped. (Weston lists no client windows to find it by.)
-    if (wayland)
-        QVERIFY2(waitFor([&] { return said() >= 4; }), qPrintable(vantril.log()));
-    else
-        QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    QVERIFY2(wayland ? waitFor([&] { return said() >= 4; }) : vantril.waitForBar(),
+             qPrintable(vantril.log()));
     QCOMPARE(said(), wayland ? 4 : 0);
 
     QProcess probe;
-    QProcessEnvironment variables = m_home->environment();
-    variables.insert(u"TMPDIR"_s, m_home->path(QString()));
-    probe.setProcessEnvironment(variables);
+    probe.setProcessEnvironment(m_home->environment({{u"TMPDIR"_s, m_home->path(QString())}}));
     probe.start(QStringLiteral(VANTRIL_BINARY), {u"--probe"_s});
     QVERIFY(probe.waitForFinished(60000));
     const QString report = QString::fromUtf8(probe.readAllStandardOutput());
@@ -413,7 +359,7 @@ void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
     QStringList expected = {wayland ? u"session: Wayland%1, through XWayland\n"_s.arg(
                                           compositor == u"mutter"_s ? u" (GNOME)"_s : QString())
                                     : u"session: X11\n"_s,
-                            u"hot key grab: yes"_s + (wayland ? u" (X11 windows only)\n"_s : u"\n"_s)};
+                            wayland ? u"hot key grab: yes (X11 windows only)\n"_s : u"hot key grab: yes\n"_s};
     for (const char* facility :
          {"hot key", "key and paste chips", "click elsewhere and auto-hide", "application sets"})
         expected.append(u"\n%1: %2"_s.arg(QLatin1String(facility), reach));
@@ -433,8 +379,8 @@ void TestBarEndToEnd::chipsMoveByDragging()
     QVERIFY(dragAlong(
         pathBetween(vantril.chip(u"3"_s), vantril.frame().topLeft() + QPoint(4, BarView::barHeight / 2))));
     QVERIFY2(vantril.waitForSave(before), "the drag to the left end changed nothing");
-    QCOMPARE(vantril.saved().buttons.value(0), button(u"3"_s));
-    QCOMPARE(titles(vantril.saved().buttons), (QStringList{u"3"_s, u"1"_s, u"2"_s, u"Stack"_s}));
+    QCOMPARE(vantril.saved().buttons, (QList<ButtonSpec>{button(u"3"_s), button(u"1"_s), button(u"2"_s),
+                                                         stackOf(u"Stack"_s, {m1, m2})}));
 
     // Out of the open stack, its second row, onto the bar. While a flyout is open the program learns of
     // presses anywhere on the desktop, and takes the pointer's place when it reads one for where the press
@@ -444,7 +390,7 @@ void TestBarEndToEnd::chipsMoveByDragging()
     const auto flyout = vantril.openFlyout(u"Stack"_s);
     QVERIFY2(flyout, "the stack did not open");
     const QPoint member = secondRowOf(frameOf(*flyout));
-    const QPoint onBar(member.x(), vantril.frame().center().y());
+    const QPoint onBar(member.x(), vantril.chip(u"1"_s).y());
     QVERIFY(vantril.frame().contains(onBar));
     before = m_home->buttons();
     QVERIFY(dragAlong(QList<QPoint>{member, member + QPoint(0, 3)} +
@@ -452,10 +398,8 @@ void TestBarEndToEnd::chipsMoveByDragging()
     QVERIFY2(vantril.waitForSave(before), isViewable(*flyout)
                                               ? "the drag out of the flyout changed nothing"
                                               : "the flyout closed during the drag out of it");
-    const BarConfig after = vantril.saved();
-    QCOMPARE(titles(after.buttons), (QStringList{u"3"_s, u"1"_s, u"m2"_s, u"2"_s, u"Stack"_s}));
-    QCOMPARE(after.buttons.value(2), m2);
-    QCOMPARE(after.buttons.value(4).children, std::optional(QList<ButtonSpec>{m1}));
+    QCOMPARE(vantril.saved().buttons, (QList<ButtonSpec>{button(u"3"_s), button(u"1"_s), m2, button(u"2"_s),
+                                                         stackOf(u"Stack"_s, {m1})}));
 }
 
 void TestBarEndToEnd::dropsFromAnotherProgram()
@@ -463,12 +407,9 @@ void TestBarEndToEnd::dropsFromAnotherProgram()
     // An application that only notes the files it was started with.
     const QString record = m_home->path(u"opened.txt"_s);
     const QString script = m_home->path(u"record.sh"_s);
-    QVERIFY(writeAll(
-        script,
-        u"#!/bin/sh\nfor f in \"$@\"; do printf '%s\\n' \"$f\" >> '%1'; done\n"_s.arg(record).toUtf8()));
+    QVERIFY(writeAll(script, "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + QFile::encodeName(record) + "'\n"));
     QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    const QString entry = installApplication(u"vantril-test-recorder"_s, u"Recorder"_s, script + u" %F"_s);
-    QVERIFY(!entry.isEmpty());
+    const QString entry = installApplication(u"vantril-test-recorder"_s, script + u" %F"_s);
     RunningBar vantril(*m_home,
                        barOf({button(u"A"_s), button(u"Recorder"_s, u"app"_s, entry), button(u"B"_s)}));
     QVERIFY2(vantril.waitForBar(), "no bar window appeared");
@@ -476,26 +417,20 @@ void TestBarEndToEnd::dropsFromAnotherProgram()
     // Files, and programs met in a download folder, dropped between two chips: each becomes a chip that
     // opens it, in reverse order, and none was started. Reading the FIFO would have held the program up.
     QStringList files = {m_home->path(u"one.txt"_s), m_home->path(u"two.txt"_s)};
-    for (const QString& file : files)
-        QVERIFY(writeAll(file, "x"));
+    QVERIFY(writeAll(files[0], "x") && writeAll(files[1], "x"));
     for (const QString& name : strays)
         files.append(makeStray(name, m_home->path(QString())));
-    QVERIFY(!files.contains(QString()));
     QByteArray before = m_home->buttons();
     const QPoint gap = vantril.gapAfter(u"A"_s);
     QVERIFY(dropFiles(vantril, files, gap, QPoint(gap.x(), vantril.frame().y() + 10)));
     QVERIFY2(vantril.waitForSave(before), "the drop changed nothing");
-    QStringList expected = {u"A"_s};
-    const QList<ButtonSpec> made = vantril.saved().buttons;
+    QList<ButtonSpec> expected = {button(u"A"_s), button(u"Recorder"_s, u"app"_s, entry), button(u"B"_s)};
     for (const QString& file : files) {
-        expected.insert(1, QFileInfo(file).fileName());
-        const auto chip =
-            std::find_if(made.begin(), made.end(), [&](const ButtonSpec& b) { return b.argument == file; });
-        QVERIFY2(chip != made.end() && chip->action == u"open"_s && chip->title == expected[1],
-                 qPrintable(file));
         QVERIFY2(!QFile::exists(markerOf(file)), qPrintable(file));
+        // A document, whatever it is, with the file's own icon.
+        expected.insert(1, ButtonSpec::make(QFileInfo(file).fileName(), u"doc"_s, u"open"_s, file, file));
     }
-    QCOMPARE(titles(vantril.saved().buttons), expected << u"Recorder"_s << u"B"_s);
+    QCOMPARE(vantril.saved().buttons, expected);
 
     // A file dropped on an application's chip opens with it (the chip's highlight: a white ring just
     // inside its edge), and no chip is added.
@@ -503,8 +438,8 @@ void TestBarEndToEnd::dropsFromAnotherProgram()
     QVERIFY(writeAll(letter, "x"));
     before = m_home->buttons();
     const QRectF chip = vantril.chipRect(u"Recorder"_s);
-    const QPoint ring(qRound(chip.left()) + 1, qRound(chip.center().y()));
-    QVERIFY(dropFiles(vantril, {letter}, chip.center().toPoint(), ring));
+    QVERIFY(dropFiles(vantril, {letter}, chip.center().toPoint(),
+                      QPoint(qRound(chip.left()) + 1, qRound(chip.center().y()))));
     QVERIFY2(waitFor([&] { return readAll(record) == (letter + u'\n').toUtf8(); }),
              readAll(record).constData());
     QCOMPARE(m_home->buttons(), before);
@@ -514,7 +449,7 @@ void TestBarEndToEnd::frontApplicationChoosesTheSet()
 {
     // The program behind every window below is an installed application, as xterm would be for a window
     // of "xterm -class MyTool": its desktop entry is found from the window's executable.
-    QVERIFY(!installApplication(u"vantril-test-windows"_s, u"Windows"_s, testWindow).isEmpty());
+    QVERIFY(!installApplication(u"vantril-test-windows"_s, testWindow).isEmpty());
     BarConfig config = barOf({button(u"Log"_s, u"applescript"_s, u"beep"_s), button(u"1"_s)});
     config.appSets = QList<AppSet>{{u"VantrilAlpha"_s, u"Alpha"_s, {button(u"a1"_s)}},
                                    {u"VantrilBeta"_s, u"Beta"_s, {button(u"b1"_s), button(u"b2"_s)}}};
@@ -525,16 +460,16 @@ void TestBarEndToEnd::frontApplicationChoosesTheSet()
     QVERIFY(vantril.frame().width() < alphaWidth && alphaWidth < betaWidth);
     const QByteArray before = m_home->buttons();
 
-    TestProcess alphaApp(testWindow, {u"app"_s, u"VantrilAlpha"_s});
-    const auto alpha = alphaApp.waitForWindow(u"VantrilAlpha"_s);
-    TestProcess betaApp(testWindow, {u"app"_s, u"VantrilBeta"_s});
-    const auto beta = betaApp.waitForWindow(u"VantrilBeta"_s);
+    TestProcess alphaApp(testWindow, {u"app"_s, u"VantrilAlpha"_s}),
+        betaApp(testWindow, {u"app"_s, u"VantrilBeta"_s});
+    const auto alpha = alphaApp.waitForWindow(u"VantrilAlpha"_s),
+               beta = betaApp.waitForWindow(u"VantrilBeta"_s);
     QVERIFY2(alpha && beta, "the applications' windows did not appear");
-    for (const auto& [window, width] :
-         QList<std::pair<quintptr, int>>{{*alpha, alphaWidth}, {*beta, betaWidth}}) {
-        QVERIFY(xdotool({u"windowactivate"_s, u"--sync"_s, QString::number(window)}));
-        QVERIFY2(vantril.waitForWidth(width), qPrintable(windowName(window)));
-    }
+    const auto activate = [](quintptr window) {
+        return xdotool({u"windowactivate"_s, u"--sync"_s, QString::number(window)});
+    };
+    QVERIFY(activate(*alpha) && vantril.waitForWidth(alphaWidth));
+    QVERIFY(activate(*beta) && vantril.waitForWidth(betaWidth));
     // A tap on the bar takes nothing from the application in front, so its set stays. The chip only
     // complains, which tells when the tap was handled.
     QVERIFY(clickAt(vantril.chip(u"Log"_s)));
@@ -542,10 +477,7 @@ void TestBarEndToEnd::frontApplicationChoosesTheSet()
              qPrintable(vantril.log()));
     QCOMPARE(activeWindow(), *beta);
     QCOMPARE(frameOf(vantril.bar()).width(), betaWidth);
-
-    // Still following: back to the first one.
-    QVERIFY(xdotool({u"windowactivate"_s, u"--sync"_s, QString::number(*alpha)}));
-    QVERIFY(vantril.waitForWidth(alphaWidth));
+    QVERIFY(activate(*alpha) && vantril.waitForWidth(alphaWidth));
     // Showing a set is no edit.
     QCOMPARE(m_home->buttons(), before);
 }
@@ -562,12 +494,12 @@ void TestBarEndToEnd::handEditsReachTheBar()
     QVERIFY2(vantril.waitForBar(), "no bar window appeared");
     // Written in place, then saved the way editors save, a new file renamed over the old one, whose
     // replacement is watched in its turn.
-    const QString temporary = m_home->path(u"vantril/.buttons.json.edit"_s);
-    for (const auto& [count, renamed] :
-         QList<std::pair<int, bool>>{{3, false}, {4, true}, {5, false}, {6, true}}) {
+    const QByteArray temporary = QFile::encodeName(m_home->path(u"vantril/.buttons.json.edit"_s));
+    for (const int count : {3, 4, 5, 6}) {
+        const bool renamed = count % 2 == 0;
         const QByteArray bytes = Config::encoded(configWith(count));
-        QVERIFY(renamed ? writeAll(temporary, bytes) &&
-                              std::rename(QFile::encodeName(temporary).constData(),
+        QVERIFY(renamed ? writeAll(QFile::decodeName(temporary), bytes) &&
+                              std::rename(temporary.constData(),
                                           QFile::encodeName(m_home->buttonsJson()).constData()) == 0
                         : m_home->writeButtons(bytes));
         QVERIFY2(vantril.waitForWidth(layoutOf(configWith(count)).width),
@@ -584,7 +516,7 @@ void TestBarEndToEnd::editorTakesFocusAndSaves()
 
     // The title field has the focus: its text is replaced and Return saves.
     QByteArray before = m_home->buttons();
-    QVERIFY(keys({u"ctrl+a"_s}) && type(u"Support"_s) && keys({u"Return"_s}));
+    QVERIFY(keys({u"ctrl+a"_s}) && xdotool({u"type"_s, u"Support"_s}) && keys({u"Return"_s}));
     QVERIFY2(vantril.waitForSave(before), "the editor saved nothing");
     BarConfig renamed = Config::defaults();
     for (ButtonSpec& spec : renamed.buttons)
@@ -593,15 +525,20 @@ void TestBarEndToEnd::editorTakesFocusAndSaves()
     QVERIFY2(waitFor([&] { return !findWindow(u"Edit Button"_s, vantril.pid()); }), "the editor stayed open");
 
     // Undone from the bar's menu, opened on the grip, which moved with the new width.
+    // Down from nothing selected reaches the first item and skips separators.
     MenuModel::State state;
     state.canUndo = true;
-    const QStringList undo = keysFor(MenuModel::populate(state), u"Undo last change"_s);
-    QVERIFY(!undo.isEmpty());
+    QStringList undo;
+    for (const MenuModel::Item& item : MenuModel::populate(state)) {
+        if (!item.isSeparator() && !undo.contains(u"Return"_s))
+            undo += item.title == u"Undo last change"_s ? QStringList{u"Down"_s, u"Return"_s}
+                                                        : QStringList{u"Down"_s};
+    }
     QVERIFY2(vantril.openMenu(vantril.grip()), "right-clicking the grip opened no menu");
     before = m_home->buttons();
-    QVERIFY(keys(undo));
+    QVERIFY(undo.contains(u"Return"_s) && keys(undo));
     QVERIFY2(vantril.waitForSave(before), "Undo changed nothing");
-    QCOMPARE(m_home->buttons(), Config::encoded(Config::defaults()));
+    QCOMPARE(vantril.saved(), Config::defaults());
 }
 
 void TestBarEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
@@ -609,7 +546,6 @@ void TestBarEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
     QVERIFY(moveTo(away));
     QVERIFY(QDir().mkpath(QFileInfo(m_home->preferencesFile()).absolutePath()));
     QVERIFY(writeAll(m_home->preferencesFile(), "[General]\nautoHide=true\n"));
-
     // A window across the bottom of the screen, under where the bar will be, that records the clicks
     // reaching it. Started first, so that the bar is mapped above it.
     const QRect area = workArea();
@@ -626,32 +562,29 @@ void TestBarEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
     const QRect frame = vantril.frame();
     QVERIFY2(band.contains(frame), qPrintable(describe(frame)));
     // The pointer on the bar keeps it, or brings it back if it went while the program was starting.
-    QVERIFY(moveTo(frame.center()));
-    QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), true); }),
-             "the bar is not shown with the pointer on it");
+    QVERIFY(moveTo(frame.center()) && waitFor([&] { return shownAs(bar, true); }));
 
+    // Gone within ten ticks of 150 ms and a 200 ms fade after the pointer left, with room for a busy
+    // machine; read straight from the server and often, as how long it takes is what is measured here.
     QVERIFY(moveTo(away));
     QElapsedTimer clock;
     clock.start();
-    // Read straight from the server and often: how long it takes is what is measured here.
     QVERIFY(waitFor([&] { return values(bar, "_NET_WM_WINDOW_OPACITY") == QList<quint32>{0}; },
                     windowTimeoutMs, 10));
-    QVERIFY2(clock.elapsed() <= hideWithinMs,
+    QVERIFY2(clock.elapsed() <= 2000,
              qPrintable(u"hidden %1 ms after the pointer left"_s.arg(clock.elapsed())));
-    QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), false); }),
-             "faded out, but still drawn or taking clicks");
+    QVERIFY2(waitFor([&] { return shownAs(bar, false); }), "faded out, but still drawn or taking clicks");
 
-    // A click on a chip's place goes to the window below, where the bar takes nothing.
+    // A click on a chip's place goes to the window below, where the bar takes nothing; it leaves the
+    // pointer resting on the bar's place, which brings the bar back within two ticks and a fade.
     const QPoint files = vantril.chip(u"Files"_s);
     QVERIFY(clickAt(files));
     const QByteArray expected = u"1 at %1,%2\n"_s.arg(files.x()).arg(files.y()).toUtf8();
     QVERIFY2(waitFor([&] { return readAll(presses).contains(expected); }), readAll(presses).constData());
     QVERIFY(!vantril.shownFlyout());
-    // The click left the pointer on the bar's place, where it now rests.
     clock.restart();
-    QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), true); }),
-             "resting on the bar's place did not bring it back");
-    QVERIFY2(clock.elapsed() <= showWithinMs,
+    QVERIFY2(waitFor([&] { return shownAs(bar, true); }), "resting on the bar's place did not bring it back");
+    QVERIFY2(clock.elapsed() <= 2000,
              qPrintable(u"shown %1 ms after the pointer came to rest"_s.arg(clock.elapsed())));
     QCOMPARE(frameOf(bar), frame);
     // And it takes clicks again.
@@ -674,19 +607,15 @@ void TestBarEndToEnd::hotKeyTogglesAlsoWithNumLock()
 
     // Num Lock is a modifier to the server: a grab of Ctrl+Alt+B alone would no longer match.
     for (const bool numLock : {false, true}) {
-        if (numLock) {
-            QVERIFY(keys({u"Num_Lock"_s}));
-            QVERIFY(waitFor(numLockOn, 5000));
+        QVERIFY(!numLock || (keys({u"Num_Lock"_s}) && waitFor(numLockOn, 5000)));
+        for (const bool shown : {false, true}) {
+            QVERIFY(keys({u"ctrl+alt+b"_s}));
+            QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), shown); }),
+                     qPrintable(u"Num Lock %1, not %2"_s.arg(numLock ? u"on"_s : u"off"_s,
+                                                             shown ? u"shown"_s : u"hidden"_s)));
         }
-        QVERIFY(keys({u"ctrl+alt+b"_s}));
-        QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), false); }),
-                 numLock ? "not hidden with Num Lock on" : "not hidden");
-        QVERIFY(keys({u"ctrl+alt+b"_s}));
-        QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), true); }),
-                 numLock ? "not shown with Num Lock on" : "not shown");
     }
-    QVERIFY(vantril.isRunning());
-    QVERIFY2(!vantril.log().contains(hotKeyTaken), qPrintable(vantril.log()));
+    QVERIFY2(vantril.isRunning() && !vantril.log().contains(hotKeyTaken), qPrintable(vantril.log()));
 
     // A second copy, with folders of its own, finds the combination taken, and says so once.
     TestHome otherHome;
@@ -709,8 +638,7 @@ void TestBarEndToEnd::programsAskBeforeTheyRun()
 {
     QFETCH(QString, name);
     const QString folder = m_home->path(u"offered"_s);
-    QVERIFY(QDir().mkpath(folder));
-    const QString file = makeStray(name, folder);
+    const QString file = QDir().mkpath(folder) ? makeStray(name, folder) : QString();
     QVERIFY(!file.isEmpty());
     const bool fifo = name == strays[3];
     // The session's choice of Qt platform, which the bar overrides for itself alone.
@@ -725,13 +653,8 @@ void TestBarEndToEnd::programsAskBeforeTheyRun()
     // that takes the keyboard; Escape cancels, and so does Return, Cancel being the default. A FIFO is
     // refused at once, and the bar goes on answering.
     for (const QString& key : {u"Escape"_s, u"Return"_s}) {
-        if (key == u"Escape"_s) {
-            QVERIFY(clickAt(vantril.chip(u"Target"_s)));
-        } else {
-            const auto listing = vantril.openFlyout(u"Listed"_s);
-            QVERIFY2(listing, "the folder did not open");
-            QVERIFY(clickAt(secondRowOf(frameOf(*listing))));
-        }
+        const auto listing = key == u"Return"_s ? vantril.openFlyout(u"Listed"_s) : std::nullopt;
+        QVERIFY(clickAt(listing ? secondRowOf(frameOf(*listing)) : vantril.chip(u"Target"_s)));
         if (fifo)
             continue;
         QVERIFY2(vantril.waitForWindow(question, true),
@@ -751,10 +674,10 @@ void TestBarEndToEnd::programsAskBeforeTheyRun()
     QVERIFY2(asked, "the chip asked nothing the second time");
     const auto [size, run] = runButtonIn(QFileInfo(file).fileName());
     QVERIFY2(waitFor([&] { return frameOf(*asked).size() == size; }),
-             qPrintable(u"the question is %1 here"_s.arg(describe(QRect(QPoint(), size)))));
+             qPrintable(describe(QRect(QPoint(), size))));
     QVERIFY(clickAt(frameOf(*asked).topLeft() + run));
     QVERIFY2(waitFor([&] { return QFile::exists(markerOf(file)); }), "Run started nothing");
-    if (name.endsWith(u".sh"_s))
+    if (name == strays[0])
         QTRY_COMPARE(readAll(markerOf(file)), QByteArray("wayland"));
 }
 
@@ -767,8 +690,7 @@ void TestBarEndToEnd::oneBarPerFolderTakesCommands()
     const QString lock = InstancePaths::lockFile(m_home->configDir());
     {
         RunningBar crashed(*m_home);
-        QVERIFY2(crashed.waitForBar(), "no bar window appeared");
-        QVERIFY(waitFor([&] { return QFileInfo::exists(socket); }));
+        QVERIFY(crashed.waitForBar() && waitFor([&] { return QFileInfo::exists(socket); }));
         crashed.stop(); // SIGKILL: nothing is cleaned up
     }
     QVERIFY(QFileInfo::exists(lock) && QFileInfo::exists(socket));
@@ -777,22 +699,22 @@ void TestBarEndToEnd::oneBarPerFolderTakesCommands()
     QVERIFY(waitFor([&] { return shownAs(vantril.bar(), true); }));
 
     // A second start hands its command line over and ends within a second of what any start of the
-    // program takes on this machine; the first bar stays the only one.
+    // program takes on this machine; the first bar stays the only one, and shows.
     const Ran version = run(*m_home, {u"--version"_s});
-    const Ran second = run(*m_home, {});
-    QCOMPARE(second.status, 0);
-    QVERIFY2(second.ms <= version.ms + 1000,
-             qPrintable(u"%1 ms, --version %2 ms"_s.arg(second.ms).arg(version.ms)));
-    QCOMPARE(barsShown(), 1);
-    const QList<std::pair<QString, bool>> steps = {{u"--toggle"_s, false}, {u"--toggle"_s, true},
-                                                   {u"--hide"_s, false},   {u"--show"_s, true},
-                                                   {u"--hide"_s, false},   {QString(), true}};
+    const QList<std::pair<QString, bool>> steps = {{QString(), true},
+                                                   {u"--toggle"_s, false},
+                                                   {u"--toggle"_s, true},
+                                                   {u"--hide"_s, false},
+                                                   {QString(), true}};
     for (const auto& [argument, shown] : steps) {
         const Ran ran = run(*m_home, argument.isEmpty() ? QStringList() : QStringList{argument});
         QCOMPARE(ran.status, 0);
         QCOMPARE(ran.err, QString());
+        QVERIFY2(ran.ms <= version.ms + 1000,
+                 qPrintable(u"%1 ms, --version %2 ms"_s.arg(ran.ms).arg(version.ms)));
         QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), shown); }), qPrintable(argument));
     }
+    QCOMPARE(barsShown(), 1);
     QCOMPARE(run(*m_home, {u"--open"_s, u"Files"_s}).status, 0);
     QVERIFY2(waitFor([&] { return vantril.shownFlyout().has_value(); }), "--open Files opened nothing");
     const Ran unknown = run(*m_home, {u"--open"_s, u"nosuchtitle"_s});

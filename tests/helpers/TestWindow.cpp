@@ -1,15 +1,13 @@
 // The windows the end-to-end tests put beside the bar, one program with a mode for each:
-//   testwindow keys LOG TEXT
-//     takes the keyboard focus; each key press appends its modifiers and Qt's name for the key to LOG
-//     ("ctrl,shift+Key_Dollar", "Key_B"), and the line edit's whole text replaces TEXT when it changes.
-//   testwindow clicks LOG X Y WIDTH HEIGHT
-//     a borderless window at that place; each mouse press appends "1 at 700,870" to LOG (the button,
-//     in screen coordinates).
-//   testwindow drag PATH...
-//     a left press starts one drag of the files over XDND; standard output gets "started" when it
-//     begins and "finished" when it ends, so that a test moves the pointer only once the drag owns it.
-//   testwindow app CLASS
-//     an ordinary application window.
+//   testwindow keys LOG TEXT        takes the keyboard focus; each key press appends its modifiers and
+//                                   Qt's name for the key to LOG ("ctrl,shift+Key_Dollar", "Key_B"), and
+//                                   the line edit's whole text replaces TEXT when it changes.
+//   testwindow clicks LOG X Y W H   a borderless window at that place; each mouse press appends
+//                                   "1 at 700,870" to LOG: the button, in screen coordinates.
+//   testwindow drag PATH...         a left press starts one drag of the files over XDND; standard output
+//                                   gets "started" when it begins and "finished" when it ends, so that a
+//                                   test moves the pointer only once the drag owns it.
+//   testwindow app CLASS            an ordinary application window.
 // Windows are titled "keyprobe", "clickprobe", "dragsource" and CLASS, and carry that as their class too.
 // A copy under any other name is a stray program: started, it only writes "ran" into a file named after
 // itself with ".ran" added, so that a test sees whether anything started it.
@@ -22,12 +20,9 @@
 #include <QMetaEnum>
 #include <QMimeData>
 #include <QSaveFile>
-#include <QUrl>
-#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <fstream>
-#include <string>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -42,17 +37,15 @@ public:
         , m_args(args)
         , m_log(args.value(0))
     {
-        if (mode == QLatin1String("keys") || mode == QLatin1String("clicks"))
+        if (mode == u"keys"_s || mode == u"clicks"_s)
             m_log.open(QIODevice::WriteOnly | QIODevice::Append);
-        if (mode == QLatin1String("keys")) {
-            connect(this, &QLineEdit::textChanged, this, [path = args.value(1)](const QString& text) {
-                // Replaced in one step, so that a reader never sees a half-written file.
-                QSaveFile file(path);
-                if (file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0)
-                    file.commit();
-            });
-        }
-        if (mode == QLatin1String("clicks")) {
+        // Replaced in one step, so that a reader never sees a half-written file.
+        connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
+            QSaveFile file(m_args.value(1));
+            if (m_mode == u"keys"_s && file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0)
+                file.commit();
+        });
+        if (mode == u"clicks"_s) {
             setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
             setGeometry(args.value(1).toInt(), args.value(2).toInt(), args.value(3).toInt(),
                         args.value(4).toInt());
@@ -65,27 +58,25 @@ protected:
     void keyPressEvent(QKeyEvent* event) override
     {
         QStringList mods;
-        const std::pair<Qt::KeyboardModifier, const char*> names[] = {{Qt::ControlModifier, "ctrl"},
-                                                                      {Qt::AltModifier, "alt"},
-                                                                      {Qt::ShiftModifier, "shift"},
-                                                                      // Qt reports Super as Meta on X11.
-                                                                      {Qt::MetaModifier, "meta"}};
-        for (const auto& [modifier, name] : names) {
+        // Qt reports Super as Meta on X11.
+        for (const auto& [modifier, name] : {std::pair{Qt::ControlModifier, "ctrl"},
+                                             {Qt::AltModifier, "alt"},
+                                             {Qt::ShiftModifier, "shift"},
+                                             {Qt::MetaModifier, "meta"}}) {
             if (event->modifiers() & modifier)
                 mods.append(QLatin1String(name));
         }
         const char* key = QMetaEnum::fromType<Qt::Key>().valueToKey(event->key());
-        note((mods.isEmpty() ? QString() : mods.join(u',') + u'+') +
-             (key ? QLatin1String(key) : QString::number(event->key())));
+        note((mods.isEmpty() ? QString() : mods.join(u',') + u'+') + QLatin1String(key ? key : "?"));
         QLineEdit::keyPressEvent(event);
     }
 
     void mousePressEvent(QMouseEvent* event) override
     {
         const QPoint at = event->globalPosition().toPoint();
-        if (m_mode == QLatin1String("clicks"))
-            note(QStringLiteral("%1 at %2,%3").arg(int(event->button())).arg(at.x()).arg(at.y()));
-        else if (m_mode == QLatin1String("drag") && event->button() == Qt::LeftButton)
+        if (m_mode == u"clicks"_s)
+            note(u"%1 at %2,%3"_s.arg(int(event->button())).arg(at.x()).arg(at.y()));
+        else if (m_mode == u"drag"_s && event->button() == Qt::LeftButton)
             drag();
         else
             QLineEdit::mousePressEvent(event);
@@ -101,10 +92,10 @@ private:
 
     void drag()
     {
+        auto* data = new QMimeData;
         QList<QUrl> urls;
         for (const QString& path : m_args)
             urls.append(QUrl::fromLocalFile(path));
-        auto* data = new QMimeData;
         data->setUrls(urls);
         auto* drag = new QDrag(this);
         drag->setMimeData(data);
@@ -128,32 +119,25 @@ private:
 
 int main(int argc, char** argv)
 {
-    char self[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self - 1);
-    const std::string path(self, std::size_t(std::max<ssize_t>(length, 0)));
-    if (path.substr(path.find_last_of('/') + 1) != "testwindow") {
+    char self[PATH_MAX] = {};
+    const std::string path = ::readlink("/proc/self/exe", self, sizeof self - 1) > 0 ? self : "";
+    if (path.substr(path.rfind('/') + 1) != "testwindow") {
         std::ofstream(path + ".ran") << "ran\n";
         return 0;
     }
-
     QApplication app(argc, argv);
     const QString mode = QApplication::arguments().value(1);
     const QStringList args = QApplication::arguments().mid(2);
-    const QStringList modes = {u"keys"_s, u"clicks"_s, u"drag"_s, u"app"_s};
-    if (!modes.contains(mode) || args.isEmpty()) {
-        std::fprintf(stderr, "usage: testwindow keys LOG TEXT | clicks LOG X Y WIDTH HEIGHT | drag PATH... | "
-                             "app CLASS\n");
-        return 2;
-    }
-    const QString title = mode == QLatin1String("app") ? args.first()
-                                                       : QStringList{u"keyprobe"_s, u"clickprobe"_s,
-                                                                     u"dragsource"_s}[modes.indexOf(mode)];
+    const QString title = mode == u"app"_s    ? args.value(0)
+                          : mode == u"keys"_s ? u"keyprobe"_s
+                          : mode == u"drag"_s ? u"dragsource"_s
+                                              : u"clickprobe"_s;
     // The xcb plugin reads the window's class from the application name when the first window is created.
     QApplication::setApplicationName(title);
     TestWindow window(mode, args);
     window.setWindowTitle(title);
     window.show();
-    if (mode == QLatin1String("keys")) {
+    if (mode == u"keys"_s) {
         window.raise();
         window.activateWindow();
     }

@@ -6,7 +6,6 @@
 #include "dragdrop/DragState.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QTest>
 #include <cstdio>
 #include <limits>
@@ -115,29 +114,18 @@ std::optional<quintptr> RunningBar::openFlyout(const QString& title)
     return flyout;
 }
 
-std::optional<quintptr> RunningBar::openMenu(const QPoint& global)
+bool RunningBar::openMenu(const QPoint& global)
 {
-    // Two right presses closer than this are a double click to Qt, which opens no context menu.
-    constexpr int doubleClickGapMs = 600;
-    static QElapsedTimer sinceRightClick;
-    if (sinceRightClick.isValid())
-        waitFor([&] { return sinceRightClick.elapsed() >= doubleClickGapMs; });
-    if (!clickAt(global, 3))
-        return std::nullopt;
-    sinceRightClick.start();
-    // A popup is no managed window; tooltips, and the bar and its flyouts under a tiling manager, are
-    // not either, and say what they are.
+    // A popup is no managed window; tooltips, and the bar and its flyouts under a tiling manager, are not
+    // either, and say what they are.
     const QList<quint32> notMenus = {atom("_NET_WM_WINDOW_TYPE_TOOLTIP"), atom("_NET_WM_WINDOW_TYPE_DOCK")};
-    std::optional<quintptr> menu;
-    waitFor([&] {
-        const QList<quintptr> windows = unmanagedWindows();
-        const auto found = std::find_if(windows.begin(), windows.end(), [&](quintptr window) {
-            return pidOf(window) == pid() && isViewable(window) &&
-                   !notMenus.contains(values(window, "_NET_WM_WINDOW_TYPE").value(0));
-        });
-        return (menu = found == windows.end() ? std::nullopt : std::optional(*found)).has_value();
-    });
-    return menu;
+    return clickAt(global, 3) && waitFor([&] {
+               const QList<quintptr> windows = unmanagedWindows();
+               return std::any_of(windows.begin(), windows.end(), [&](quintptr window) {
+                   return pidOf(window) == pid() && isViewable(window) &&
+                          !notMenus.contains(values(window, "_NET_WM_WINDOW_TYPE").value(0));
+               });
+           });
 }
 
 QPoint secondRowOf(const QRect& flyout)

@@ -23,7 +23,6 @@ inline Variables withoutFrontApp(Variables variables = {})
     return variables;
 }
 
-/// A bar of `buttons` alone.
 inline BarConfig barOf(QList<ButtonSpec> buttons)
 {
     return {std::move(buttons), std::nullopt, std::nullopt};
@@ -42,7 +41,6 @@ public:
     QString buttonsJson() const { return path(u"vantril/buttons.json"_s); }
     QString preferencesFile() const { return path(u"xdg/vantril/vantril.ini"_s); }
     QByteArray buttons() const { return readAll(buttonsJson()); }
-    /// Writes buttons.json, making its folder first.
     bool writeButtons(const QByteArray& bytes) const;
     /// The machine's environment with these folders, without its VANTRIL_ variables, and with `variables`.
     QProcessEnvironment environment(const Variables& variables = {}) const;
@@ -51,17 +49,16 @@ private:
     QTemporaryDir m_dir;
 };
 
-/// Where the chips of a configuration sit on a bar expanding upwards, in bar coordinates, and how wide
-/// that bar is. Laid out by the program's own bar view rather than by pixel offsets copied from its
-/// code: a change of font, icon or spacing then moves the pointer along with the chips. The width is
-/// compared with the window on screen, which shows that this layout is the one the program drew.
+/// Where the chips of a configuration sit on a bar expanding upwards, and how wide that bar is, laid out
+/// by the program's own bar view rather than by offsets copied from its code: a change of font, icon or
+/// spacing moves the pointer along with the chips. The width on screen shows that the program drew it.
 struct BarLayout
 {
     int width = 0;
     QHash<QString, QRectF> chips;
 };
 
-/// The chips of `config`, with the front application's `context` after the separator.
+/// With the front application's `context` after the separator.
 BarLayout layoutOf(const BarConfig& config, const QList<ButtonSpec>& context = {});
 
 /// The program, started with `config` as its buttons.json. When the test fails, what the program logged
@@ -73,19 +70,18 @@ public:
                         const Variables& variables = withoutFrontApp());
     ~RunningBar() override;
 
-    /// Waits for the bar to be on screen as wide as its buttons.
+    /// Waits for the bar on screen, as wide as its buttons.
     bool waitForBar();
     quintptr bar() const { return m_bar; }
     /// Waits until the bar is `width` wide; frame() is where it then is.
     bool waitForWidth(int width);
     /// Where the bar was when last looked at.
     QRect frame() const { return m_frame; }
-    /// What buttons.json holds now; nothing when it does not decode.
+    /// What buttons.json holds; nothing when it does not decode.
     BarConfig saved() const;
     /// Waits until buttons.json differs from `before` and decodes, then until the bar shows it.
     bool waitForSave(const QByteArray& before);
 
-    /// Where chip `title` is on screen.
     QRectF chipRect(const QString& title) const
     {
         return m_layout.chips.value(title).translated(m_frame.topLeft());
@@ -103,7 +99,7 @@ public:
     /// Taps chip `title` once no flyout is open, and waits for its flyout to be open with rows in it.
     std::optional<quintptr> openFlyout(const QString& title);
     /// Right-clicks at `global` and waits for the program's menu.
-    std::optional<quintptr> openMenu(const QPoint& global);
+    bool openMenu(const QPoint& global);
 
 private:
     QString m_buttonsJson;
@@ -114,19 +110,3 @@ private:
 
 /// The middle of the second row of a flyout of two: rows of one height between 8 pixel margins, 6 apart.
 QPoint secondRowOf(const QRect& flyout);
-
-/// The keys that choose `title` in a menu of `items` just opened: Down from nothing selected reaches the
-/// first item and skips separators. Empty when the menu has no such item.
-template<typename Item>
-QStringList keysFor(const QList<Item>& items, const QString& title)
-{
-    QStringList names;
-    for (const Item& item : items) {
-        if (item.isSeparator())
-            continue;
-        names.append(u"Down"_s);
-        if (item.title == title)
-            return names << u"Return"_s;
-    }
-    return {};
-}

@@ -32,14 +32,14 @@ bool waitFor(const std::function<bool()>& condition, int timeoutMs, int stepMs)
 
 QString output(const QString& program, const QStringList& arguments)
 {
+    // Served while it runs: it may be waiting on this very process, as a reader of a clipboard this
+    // process owns does.
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(program, arguments);
-    if (!process.waitForFinished(10000) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
+    if (!waitFor([&] { return process.state() == QProcess::NotRunning; }, 10000, 5) ||
+        process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         return {};
-    }
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
@@ -51,11 +51,6 @@ bool xdotool(const QStringList& arguments)
 bool keys(const QStringList& names)
 {
     return xdotool(QStringList{u"key"_s, u"--delay"_s, u"30"_s} + names);
-}
-
-bool type(const QString& text)
-{
-    return xdotool({u"type"_s, u"--delay"_s, u"30"_s, text});
 }
 
 QStringList moveArguments(const QPoint& global)

@@ -20,7 +20,7 @@ inline constexpr int screenHeight = 900;
 /// Long enough for a slow, loaded machine; a passing run never waits for it.
 inline constexpr int windowTimeoutMs = 20000;
 
-/// Whether this process draws on that screen through xcb; says what differs when it does not.
+/// Whether this process draws on that screen through xcb.
 bool onSessionScreen();
 /// Polls `condition` while serving this process's events, until it holds or `timeoutMs` has passed.
 bool waitFor(const std::function<bool()>& condition, int timeoutMs = windowTimeoutMs, int stepMs = 50);
@@ -29,15 +29,12 @@ QString output(const QString& program, const QStringList& arguments);
 
 bool xdotool(const QStringList& arguments);
 bool keys(const QStringList& names);
-/// Types `text` into whatever has the keyboard focus, as a person would.
-bool type(const QString& text);
 /// xdotool's arguments that warp the pointer to `global`. Never with --sync, which waits for a motion
 /// that never comes when the pointer is already there.
 QStringList moveArguments(const QPoint& global);
 bool moveTo(const QPoint& global);
 /// The warp and the press travel on one connection, so the server sees them in order.
 bool clickAt(const QPoint& global, int button = 1);
-/// `from`, then `steps` even steps to `to`.
 QList<QPoint> pathBetween(const QPoint& from, const QPoint& to, int steps = 10);
 /// Press at the first point, move through the others, release: one drag over one connection.
 bool dragAlong(const QList<QPoint>& path);
@@ -46,11 +43,10 @@ xcb_connection_t* connection();
 xcb_atom_t atom(const char* name);
 /// The 32-bit values of a property: windows, atoms or numbers; empty when it is not set.
 QList<quint32> values(quintptr window, const char* property);
-/// Whether the window manager lists `hint` (such as "_NET_WM_STATE_ABOVE") in _NET_SUPPORTED.
+/// Whether the window manager lists `hint` in _NET_SUPPORTED.
 bool supportsHint(const char* hint);
 /// The current workspace's area left free by panels (_NET_WORKAREA), the whole screen without one.
 QRect workArea();
-/// Whether a compositing manager draws the screen (it owns _NET_WM_CM_S0).
 bool isCompositing();
 /// Under a compositor, waits until `area` of the screen stops changing, so that a window's fade-in is
 /// over before its pixels are read; at once without one.
@@ -58,21 +54,17 @@ bool waitUntilDrawn(const QRect& area);
 
 /// The windows nobody manages: popups, tooltips, and the bar and its flyouts under a tiling manager.
 QList<quintptr> unmanagedWindows();
-/// The windows the window manager manages, and the docks nobody manages (the bar under a tiling
-/// manager).
+/// The windows the window manager manages, and the docks nobody manages.
 QList<quintptr> topLevelWindows();
-/// The title exactly as the window gives it.
 QString windowName(quintptr window);
 qint64 pidOf(quintptr window);
-/// The top-level window of process `pid` titled exactly `name`, if there is one.
 std::optional<quintptr> findWindow(const QString& name, qint64 pid);
 /// Where the window is on screen, empty when it is gone.
 QRect frameOf(quintptr window);
 bool isViewable(quintptr window);
 bool isOverrideRedirect(quintptr window);
-/// Whether WM_HINTS tells the window manager never to give the window the keyboard.
+/// Whether WM_HINTS tells the window manager never to give it the keyboard.
 bool refusesFocus(quintptr window);
-/// The window the window manager calls active, 0 for None.
 quintptr activeWindow();
 QString describe(const QRect& rect);
 
@@ -85,7 +77,7 @@ void raiseFrameToTop(quintptr window);
 /// Moves and sizes a client window to `frame` and waits until it is there; a tiling manager is told to
 /// let it float first.
 bool placeWindow(quintptr window, const QRect& frame);
-/// Makes another workspace the current one: `number` counted from 0.
+/// Makes workspace `number`, counted from 0, the current one.
 bool switchWorkspace(int number);
 
 /// A program started for a test. Its standard error is kept; its end, when it goes out of scope, waits
@@ -102,7 +94,7 @@ public:
     QProcess& process() { return m_process; }
     qint64 pid() const { return m_process.processId(); }
     bool isRunning() const { return m_process.state() == QProcess::Running; }
-    /// Everything written to standard error so far.
+    /// Its standard error so far.
     QString log();
     /// Its window titled `name`, while that is on screen.
     std::optional<quintptr> shownWindow(const QString& name) const;
