@@ -4,8 +4,7 @@
 // user would. Runs inside tests/x11/with-x-session.sh. Until its dock windows appear this process shows
 // no window, so the focus stays with keyprobe for the key tests.
 
-#include "TestSupport.h"
-#include "X11Windows.h"
+#include "XSession.h"
 #include "actions/KeyCombo.h"
 #include "actions/Keys.h"
 #include "platform/Platform.h"
