@@ -327,6 +327,10 @@ void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
     QVERIFY2(wayland ? waitFor([&] { return said() >= 4; }) : vantril.waitForBar(),
              qPrintable(vantril.log()));
     QCOMPARE(said(), wayland ? 4 : 0);
+    // Debian's weston dies as soon as an X11 client takes the clipboard, which the probe does to see
+    // that it works; the whole session goes with it.
+    if (compositor == u"weston"_s)
+        QSKIP("weston's X11 window manager crashes when a client takes the clipboard");
 
     QProcess probe;
     probe.setProcessEnvironment(m_home->environment({{u"TMPDIR"_s, m_home->path(QString())}}));
