@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the session scripts, with their command line: what every test session does alike. A
 # session script defines alive, which ends the script when its display server or window manager went,
 # starts its servers, adding each to `started`, and ends with run_command "$@".
