@@ -1,122 +1,74 @@
 // The real program against a real X server and window manager (openbox unless VANTRIL_TEST_WM names
-// another): where its windows appear, what they tell the window manager, what clicks on them do, hiding
-// and showing by pointer, hot key and command line, and one bar per configuration folder, observed from
-// the outside with xprop, xwininfo, xdotool, xset and the server's own answers. Runs inside
-// tests/x11/with-x-session.sh; every test starts its own copy of the program with configuration folders
-// of its own, so no test sees what another one saved.
+// another), driven and watched from the outside, one seam of the desktop in each test. Runs inside
+// tests/x11/with-x-session.sh; every test starts its own copy of the program with folders of its own.
 
-#include "BarLayout.h"
-#include "RunningBar.h"
-#include "StrayPrograms.h"
-#include "TestSupport.h"
+#include "XSession.h"
 #include "app/InstancePaths.h"
+#include "app/MenuModel.h"
 #include "bar/BarView.h"
-#include "bar/RunQuestionBox.h"
-#include "config/Config.h"
+#include "platform/x11/XcbHandles.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QRegion>
-#include <QRegularExpression>
+#include <QScreen>
 #include <QTest>
+#include <sys/stat.h>
 #include <xcb/shape.h>
 
 namespace {
 
-/// Where the Run button sits in the program's question about `name`, a window of `size`: the same
-/// question asked in this process, with the program's style, fonts and icon theme, as BarLayout lays
-/// out the bar, then put away again so that it covers nothing.
-std::optional<QPoint> runButtonIn(const QString& name, const QSize& size)
-{
-    QPoint centre;
-    QSize local;
-    xcb_window_t window = 0;
-    {
-        RunQuestionBox question;
-        question.ask(name, [](RunQuestion::Answer) {});
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            auto* box = qobject_cast<QMessageBox*>(widget);
-            if (!box || !box->isVisible())
-                continue;
-            for (QAbstractButton* button : box->buttons()) {
-                if (button->text() == QLatin1String("Run"))
-                    centre = button->mapTo(box, button->rect().center());
-            }
-            local = box->size();
-            window = static_cast<xcb_window_t>(box->winId());
-        }
-    }
-    waitFor([&] { return !attributesOf(window); });
-    if (local != size || centre.isNull()) {
-        qWarning("the question here is %dx%d, the program's %dx%d", local.width(), local.height(),
-                 size.width(), size.height());
-        return std::nullopt;
-    }
-    return centre;
-}
-
-/// How long the pointer may be away before the bar has faded out, and resting on its place before it
-/// is back: ten ticks of 150 ms and a 200 ms fade, two ticks and a fade, with room for a busy machine.
-constexpr int hideWithinMs = 2000;
-constexpr int showWithinMs = 2000;
+const QString testWindow = QStringLiteral(TESTWINDOW_BINARY);
+/// Away from where the bar will be, so that nothing is hovered or rested on by accident.
+const QPoint away(screenWidth / 2, 100);
+const QString hotKeyTaken = u"Hot key ctrl+alt+b is taken by another program; bind `vantril --toggle` in "
+                            "your desktop's keyboard settings instead"_s;
 
 bool numLockOn()
 {
-    return QRegularExpression(QStringLiteral("Num Lock:\\s+on\\b"))
-        .match(output(QStringLiteral("xset"), {QStringLiteral("q")}))
-        .hasMatch();
+    return output(u"xset"_s, {u"q"_s}).contains(QRegularExpression(u"Num Lock:\\s+on\\b"_s));
 }
 
-/// One of the window's shapes, in window coordinates.
-QRegion shapeOf(xcb_window_t window, xcb_shape_kind_t kind)
+QRegion shapeOf(quintptr window, xcb_shape_kind_t kind)
 {
     const auto reply = adoptReply(xcb_shape_get_rectangles_reply(
-        connection(), xcb_shape_get_rectangles(connection(), window, kind), nullptr));
+        connection(), xcb_shape_get_rectangles(connection(), xcb_window_t(window), kind), nullptr));
     QRegion region;
-    if (!reply)
-        return region;
-    const xcb_rectangle_t* rectangles = xcb_shape_get_rectangles_rectangles(reply.get());
-    for (int i = 0; i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i)
-        region += QRect(rectangles[i].x, rectangles[i].y, rectangles[i].width, rectangles[i].height);
+    for (int i = 0; reply && i < xcb_shape_get_rectangles_rectangles_length(reply.get()); ++i) {
+        const xcb_rectangle_t& r = xcb_shape_get_rectangles_rectangles(reply.get())[i];
+        region += QRect(r.x, r.y, r.width, r.height);
+    }
     return region;
 }
 
-/// Hidden as auto-hide and the hot key hide: faded out, letting every click through, and where no
-/// compositor makes the fade visible, cut away to nothing.
-bool fullyHidden(quintptr bar)
+/// Shown: opaque, drawn and taking clicks over its middle. Hidden, as auto-hide and the hot key hide:
+/// faded out, letting every click through, and where no compositor makes the fade visible, cut away.
+bool shownAs(quintptr bar, bool shown)
 {
-    const QString opacity = windowProperty(bar, QStringLiteral("_NET_WM_WINDOW_OPACITY")).trimmed();
-    if (opacity != QStringLiteral("_NET_WM_WINDOW_OPACITY(CARDINAL) = 0"))
-        return false;
-    const auto window = static_cast<xcb_window_t>(bar);
-    const QRect inside(QPoint(0, 0), screenRect(window).size());
-    return !inside.isEmpty() && shapeOf(window, XCB_SHAPE_SK_INPUT).isEmpty() &&
-           (isCompositing() || !shapeOf(window, XCB_SHAPE_SK_BOUNDING).intersects(inside));
+    const QList<quint32> opacity = values(bar, "_NET_WM_WINDOW_OPACITY");
+    const QRect inside(QPoint(0, 0), frameOf(bar).size());
+    const QRegion input = shapeOf(bar, XCB_SHAPE_SK_INPUT), drawn = shapeOf(bar, XCB_SHAPE_SK_BOUNDING);
+    if (shown)
+        return (opacity.isEmpty() || opacity == QList<quint32>{0xffffffffu}) &&
+               input.contains(inside.center()) && drawn.contains(inside.center());
+    return opacity == QList<quint32>{0} && !inside.isEmpty() && input.isEmpty() &&
+           (isCompositing() || !drawn.intersects(inside));
 }
 
-/// Shown: opaque, drawn and taking clicks over its middle.
-bool fullyShown(quintptr bar)
+/// Bars on screen, whichever process shows them.
+qsizetype barsShown()
 {
-    const QString opacity = windowProperty(bar, QStringLiteral("_NET_WM_WINDOW_OPACITY")).trimmed();
-    if (!opacity.endsWith(QStringLiteral("not found.")) &&
-        opacity != QStringLiteral("_NET_WM_WINDOW_OPACITY(CARDINAL) = 4294967295"))
-        return false;
-    const auto window = static_cast<xcb_window_t>(bar);
-    const QRect inside(QPoint(0, 0), screenRect(window).size());
-    return !inside.isEmpty() && shapeOf(window, XCB_SHAPE_SK_INPUT).contains(inside.center()) &&
-           shapeOf(window, XCB_SHAPE_SK_BOUNDING).contains(inside.center());
+    const QList<quintptr> windows = topLevelWindows();
+    return std::count_if(windows.begin(), windows.end(),
+                         [](quintptr w) { return windowName(w) == u"Vantril"_s && isViewable(w); });
 }
 
-/// A command line run to its end: what it printed, and how long it took.
+/// A command line run to its end: its exit code (-1 when it did not end by itself), what it complained
+/// and how long it took.
 struct Ran
 {
     int status = -1;
-    QString out;
     QString err;
     qint64 ms = 0;
 };
@@ -128,37 +80,88 @@ Ran run(const TestHome& home, const QStringList& arguments)
     QElapsedTimer clock;
     clock.start();
     process.start(QStringLiteral(VANTRIL_BINARY), arguments);
-    const bool ended = process.waitForFinished(windowTimeoutMs);
-    const qint64 ms = clock.elapsed();
-    if (!ended) {
-        process.kill();
-        process.waitForFinished();
-    }
-    return {ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError()), ms};
+    if (!process.waitForFinished(windowTimeoutMs) || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardError()), clock.elapsed()};
 }
 
-/// Bars on screen, whichever process shows them.
-int barsShown()
+/// Whether the window is white at a point of the screen: the drop marker and a chip's highlight are,
+/// and nothing else on the bar is. Read from the window itself: a rootless XWayland's root holds nothing.
+bool whiteAt(quintptr window, const QPoint& global)
 {
-    const QList<quintptr> windows = topLevelWindows();
-    return int(std::count_if(windows.begin(), windows.end(), [](quintptr window) {
-        return windowName(window) == QStringLiteral("Vantril") && isViewable(window);
-    }));
+    const QPoint at = global - frameOf(window).topLeft();
+    const QColor colour =
+        QGuiApplication::primaryScreen()->grabWindow(window, at.x(), at.y(), 1, 1).toImage().pixelColor(0, 0);
+    return colour.isValid() && qMin(qMin(colour.red(), colour.green()), colour.blue()) >= 235;
 }
 
-/// Whether the open flyout of `vantril` hangs above the chip titled `title` of `config`.
-bool flyoutOn(RunningBar& vantril, const QString& title, const BarConfig& config = Config::defaults())
+/// Drags `files` from another program's window over XDND to `target` on the bar, and drops them there
+/// once the bar shows that it takes the drag by turning `feedback` white.
+bool dropFiles(const RunningBar& vantril, const QStringList& files, const QPoint& target,
+               const QPoint& feedback)
 {
-    const auto flyout = vantril.shownFlyout();
-    const QRectF chip = layoutOf(config).chips.value(title);
-    const QRect barFrame = frameOf(vantril.bar());
-    if (!flyout || chip.isEmpty())
+    TestProcess source(testWindow, QStringList{u"drag"_s} + files);
+    const auto window = source.waitForWindow(u"dragsource"_s);
+    // A tiling manager gives it the whole screen, under the bar: the drag only has to start off the bar.
+    if (!window || vantril.frame().contains(frameOf(*window).center()) || whiteAt(vantril.bar(), feedback))
         return false;
-    const QRect frame = frameOf(*flyout);
-    return qAbs(frame.x() + frame.width() / 2.0 - (barFrame.x() + chip.center().x())) <= 2 &&
-           frame.bottom() + 1 == barFrame.y() - 4;
+    QString said;
+    const auto saidAll = [&](const char* word) {
+        said += QString::fromUtf8(source.process().readAllStandardOutput());
+        return said.contains(QLatin1String(word));
+    };
+    const QPoint start = frameOf(*window).center();
+    if (!xdotool(moveArguments(start) + QStringList{u"mousedown"_s, u"1"_s}) ||
+        !waitFor([&] { return saidAll("started"); }))
+        return false;
+    QStringList steps;
+    for (const QPoint& point : pathBetween(start, target, 12))
+        steps += moveArguments(point);
+    // The source sends a new position only after the target has answered the last one; a pointer that
+    // keeps still might leave the final position unsent. A one-pixel wiggle that ends on the target
+    // brings it along.
+    const bool shown = xdotool(steps) &&
+                       waitFor(
+                           [&] {
+                               return whiteAt(vantril.bar(), feedback) ||
+                                      !xdotool(moveArguments(target + QPoint(1, 0)) + moveArguments(target));
+                           },
+                           windowTimeoutMs, 100);
+    return xdotool({u"mouseup"_s, u"1"_s}) && waitFor([&] { return saidAll("finished"); }) && shown;
+}
+
+/// Files a user may meet in a download folder that run if anything starts them, each leaving a marker
+/// file when it does: a shell script with an execute bit, an ELF at --x--x--x, a desktop entry at 0644,
+/// and a FIFO named like a desktop entry, which nothing can start and which hangs whoever reads it.
+const QStringList strays = {u"invoice.pdf.sh"_s, u"tool"_s, u"invoice.desktop"_s, u"x.desktop"_s};
+
+QString markerOf(const QString& path)
+{
+    return path + u".ran"_s;
+}
+
+QString makeStray(const QString& name, const QString& folder)
+{
+    const QString path = QDir(folder).filePath(name);
+    if (name == strays[3])
+        return ::mkfifo(QFile::encodeName(path).constData(), 0644) == 0 ? path : QString();
+    const bool made = name == strays[1] ? QFile::copy(testWindow, path)
+                      : name == strays[0]
+                          ? writeAll(path, "#!/bin/sh\ntouch \"$0.ran\"\n")
+                          : writeAll(path, "[Desktop Entry]\nType=Application\nName=Invoice\nExec=touch " +
+                                               QFile::encodeName(markerOf(path)) + '\n');
+    const mode_t mode = name == strays[1] ? 0111 : name == strays[0] ? 0755 : 0644;
+    return made && ::chmod(QFile::encodeName(path).constData(), mode) == 0 ? path : QString();
+}
+
+/// Writes a desktop entry into the session's applications folder; its path.
+QString installApplication(const QString& id, const QString& exec)
+{
+    const QDir folder(qEnvironmentVariable("XDG_DATA_HOME") + u"/applications"_s);
+    const QString entry = folder.filePath(id + u".desktop"_s);
+    const QByteArray text =
+        "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + "\nExec=" + exec.toUtf8();
+    return folder.mkpath(u"."_s) && writeAll(entry, text + '\n') ? entry : QString();
 }
 
 } // namespace
@@ -168,659 +171,530 @@ class TestBarEndToEnd : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
+    void initTestCase() { QVERIFY(onSessionScreen() && !numLockOn()); }
+    void init() { m_home = std::make_unique<TestHome>(); }
     void cleanup();
 
-    void defaultPlaceIsBottomCentre();
-    void windowTellsTheWindowManagerItIsADock();
+    void placeIsKeptAcrossRestarts();
+    void barIsADockThatNeverTakesFocus();
     void startUpAndProbeTellHowFarFacilitiesReach();
-    void clickLeavesTheActiveWindowAlone();
-    void keysAndPasteChipsTypeIntoTheFrontWindow();
-    void stackOpensAboveItsChipAndCloses();
-    void movedBarComesBackWhereItWasLeft();
-    void gripDragMovesBarAndTurnsFlyoutsDown();
-    void openingAProgramAsksFirst_data();
-    void openingAProgramAsksFirst();
-
+    void chipsMoveByDragging();
+    void dropsFromAnotherProgram();
+    void frontApplicationChoosesTheSet();
+    void handEditsReachTheBar();
+    void editorTakesFocusAndSaves();
     void autoHideLetsClicksThroughAndRestBringsItBack();
     void hotKeyTogglesAlsoWithNumLock();
-    void commandsReachTheRunningBar();
-    void oneBarPerFolderAfterACrashBesideOthersAndWithoutALock();
+    void programsAskBeforeTheyRun_data();
+    void programsAskBeforeTheyRun();
+    void oneBarPerFolderTakesCommands();
 
 private:
     std::unique_ptr<TestHome> m_home;
-    int m_defaultWidth = 0;
 };
-
-void TestBarEndToEnd::initTestCase()
-{
-    QVERIFY(onSessionScreen());
-    useProgramIconTheme();
-    m_defaultWidth = layoutOf(Config::defaults()).width;
-    QVERIFY2(!numLockOn(), "Num Lock is on before any test turned it on");
-}
-
-void TestBarEndToEnd::init()
-{
-    m_home = std::make_unique<TestHome>();
-    QVERIFY(m_home->isValid());
-}
 
 void TestBarEndToEnd::cleanup()
 {
     // The lock state belongs to the server, which the next test shares.
-    if (numLockOn()) {
-        keys({QStringLiteral("Num_Lock")});
+    if (numLockOn() && keys({u"Num_Lock"_s}))
         waitFor([] { return !numLockOn(); }, 5000);
-    }
     m_home.reset();
 }
 
-void TestBarEndToEnd::defaultPlaceIsBottomCentre()
+void TestBarEndToEnd::placeIsKeptAcrossRestarts()
 {
-    RunningBar vantril(*m_home);
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
+    const auto near = [](const QPoint& a, const QPoint& b) { return (a - b).manhattanLength() <= 2; };
+    QRect moved;
+    {
+        RunningBar first(*m_home);
+        QVERIFY2(first.waitForBar(), "no bar window appeared");
+        // Centred, 6 pixels above the bottom of what panels leave free.
+        const QRect area = workArea();
+        const QRect start(qRound(area.x() + area.width() / 2.0 - first.frame().width() / 2.0),
+                          area.bottom() + 1 - 6 - BarView::barHeight, first.frame().width(),
+                          BarView::barHeight);
+        QVERIFY2(waitFor([&] { return near(frameOf(first.bar()).topLeft(), start.topLeft()); }),
+                 qPrintable(describe(frameOf(first.bar()))));
+        QCOMPARE(frameOf(first.bar()).size(), start.size());
 
-    // Above a panel the window manager keeps at the bottom, as it says in _NET_WORKAREA.
-    const QRect area = workArea();
-    const auto placed = [&] {
-        const QRect frame = frameOf(*bar);
-        const int centredX = qRound(area.x() + area.width() / 2.0 - frame.width() / 2.0);
-        return frame.height() == BarView::barHeight && frame.bottom() + 1 == area.bottom() + 1 - 6 &&
-               qAbs(frame.x() - centredX) <= 1;
-    };
-    QVERIFY2(waitFor(placed), qPrintable(describe(frameOf(*bar))));
-    QCOMPARE(frameOf(*bar).width(), layoutOf(Config::defaults()).width); // the default buttons, no more
+        // Up into the top half of the screen by the grip: the window follows the pointer, and a stack
+        // opens below it now. The place is saved a moment after the move; stopping earlier would lose it.
+        const QPoint offset(-100, -600);
+        QVERIFY(dragAlong(pathBetween(first.grip(), first.grip() + offset, 20)));
+        QVERIFY2(waitFor([&] {
+                     return (moved = frameOf(first.bar())).topLeft() == first.frame().topLeft() + offset;
+                 }),
+                 qPrintable(describe(moved)));
+        QVERIFY(first.waitForWidth(moved.width()));
+        const auto flyout = first.openFlyout(u"Files"_s);
+        QVERIFY2(flyout && waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
+                 qPrintable(describe(frameOf(flyout.value_or(0)))));
+        QVERIFY(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }));
+        first.stop(true);
+    }
+    RunningBar second(*m_home);
+    QVERIFY2(second.waitForBar(), "no bar window appeared after the restart");
+    QVERIFY2(waitFor([&] { return near(frameOf(second.bar()).topLeft(), moved.topLeft()); }),
+             qPrintable(describe(frameOf(second.bar())) + u", left at "_s + describe(moved)));
 }
 
-void TestBarEndToEnd::windowTellsTheWindowManagerItIsADock()
+void TestBarEndToEnd::barIsADockThatNeverTakesFocus()
 {
-    RunningBar vantril(*m_home);
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-
-    QCOMPARE(windowProperty(*bar, QStringLiteral("_NET_WM_WINDOW_TYPE")).trimmed(),
-             QStringLiteral("_NET_WM_WINDOW_TYPE(ATOM) = _NET_WM_WINDOW_TYPE_DOCK"));
-    // A manager without stacking layers tiles, and focuses what it manages: there nobody manages the bar.
-    const auto attributes = attributesOf(static_cast<xcb_window_t>(*bar));
-    QVERIFY(attributes);
-    QCOMPARE(attributes->overrideRedirect, !supportsHint("_NET_WM_STATE_ABOVE"));
-
-    // Managers rewrite the state themselves and leave out what they do not support.
-    const QString state = windowProperty(*bar, QStringLiteral("_NET_WM_STATE"));
-    const QStringList atoms = state.section(QLatin1Char('='), 1)
-                                  .split(QLatin1Char(','), Qt::SkipEmptyParts)
-                                  .replaceInStrings(QRegularExpression(QStringLiteral("\\s")), QString());
-    for (const QByteArray& wanted :
-         {QByteArrayLiteral("_NET_WM_STATE_ABOVE"), QByteArrayLiteral("_NET_WM_STATE_STICKY"),
-          QByteArrayLiteral("_NET_WM_STATE_SKIP_TASKBAR"), QByteArrayLiteral("_NET_WM_STATE_SKIP_PAGER")}) {
-        if (supportsHint(wanted))
-            QVERIFY2(atoms.contains(QString::fromLatin1(wanted)), qPrintable(state));
-    }
-    const QString hints = windowProperty(*bar, QStringLiteral("WM_HINTS"));
-    QVERIFY2(hints.contains(QStringLiteral("Client accepts input or input focus: False")), qPrintable(hints));
-
-    // Above an application window that covers its place and is active.
-    const QRect frame = frameOf(*bar);
-    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
-                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
-                       m_home->path(QStringLiteral("text.txt"))});
-    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
+    const QString text = m_home->path(u"text.txt"_s);
+    TestProcess probe(testWindow, {u"keys"_s, m_home->path(u"presses.txt"_s), text});
+    const auto client = probe.waitForWindow(u"keyprobe"_s, true);
     QVERIFY2(client, "keyprobe did not become the active window");
+    BarConfig config = Config::defaults();
+    const QString platform = m_home->path(u"platform.txt"_s);
+    config.buttons +=
+        {button(u"Shout"_s, u"keys"_s, u"shift+h"_s), button(u"Greet"_s, u"paste"_s, u"hello"_s),
+         button(u"Env"_s, u"shell"_s, u"printf %s \"$QT_QPA_PLATFORM\" > "_s + platform)};
+    // The session's choice of Qt platform, which the bar overrides for itself alone.
+    RunningBar vantril(*m_home, config, withoutFrontApp({{u"QT_QPA_PLATFORM"_s, u"wayland"_s}}));
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    const quintptr bar = vantril.bar();
+    QCOMPARE(activeWindow(), *client); // showing the bar takes nothing
+
+    // A dock on every workspace, above other windows and off the taskbar and pager, as far as the window
+    // manager supports that (managers rewrite the state themselves and leave out what they do not). A
+    // manager without stacking layers tiles and focuses what it manages: there nobody manages the bar.
+    QVERIFY(values(bar, "_NET_WM_WINDOW_TYPE").contains(atom("_NET_WM_WINDOW_TYPE_DOCK")));
+    QCOMPARE(isOverrideRedirect(bar), !supportsHint("_NET_WM_STATE_ABOVE"));
+    for (const char* wanted : {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY", "_NET_WM_STATE_SKIP_TASKBAR",
+                               "_NET_WM_STATE_SKIP_PAGER"})
+        QVERIFY2(!supportsHint(wanted) || values(bar, "_NET_WM_STATE").contains(atom(wanted)), wanted);
+    QVERIFY(refusesFocus(bar));
+
+    // A tap opens the stack above its chip; the flyout's margin does nothing; the chip again closes it.
+    const QRect frame = vantril.frame();
+    const auto flyout = vantril.openFlyout(u"Files"_s);
+    QVERIFY2(flyout, "the click opened no flyout");
+    QVERIFY2(waitFor([&] {
+                 const QRect hung = frameOf(*flyout);
+                 return qAbs(hung.center().x() - vantril.chip(u"Files"_s).x()) <= 2 &&
+                        hung.bottom() + 5 == frame.y();
+             }),
+             qPrintable(describe(frameOf(*flyout)) + u", bar "_s + describe(frame)));
+    QVERIFY(waitUntilDrawn(frameOf(*flyout)) &&
+            clickAt(frameOf(*flyout).topLeft() + QPoint(frameOf(*flyout).width() / 2, 3)));
+    QVERIFY(clickAt(vantril.chip(u"Files"_s)));
+    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the second tap on Files left the flyout open");
+    // Key and paste chips type into the window in front, which keeps the keyboard throughout.
+    QVERIFY(clickAt(vantril.chip(u"Shout"_s)) && waitFor([&] { return readAll(text) == "H"; }));
+    QVERIFY(clickAt(vantril.chip(u"Greet"_s)));
+    QVERIFY2(waitFor([&] { return readAll(text) == "Hhello"; }), readAll(text).constData());
+    QCOMPARE(activeWindow(), *client);
+    // What the bar starts runs on the session's platform.
+    QVERIFY(clickAt(vantril.chip(u"Env"_s)));
+    QTRY_COMPARE_WITH_TIMEOUT(readAll(platform), QByteArray("wayland"), windowTimeoutMs);
+    // A click into another application closes the stack too: into its middle, which a tiling manager's
+    // full-screen tile has under the bar and the flyout too.
+    QVERIFY(vantril.openFlyout(u"Files"_s));
+    const QPoint elsewhere = frameOf(*client).center();
+    QVERIFY(!frameOf(*vantril.shownFlyout()).contains(elsewhere) && !frame.contains(elsewhere));
+    QVERIFY(clickAt(elsewhere));
+    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "a click elsewhere left the flyout open");
+
+    // Above an application window that covers its place and is active; nobody else stacks a bar that
+    // nobody manages, and it climbs back over a window raised above it.
     const QString id = QString::number(*client);
-    xdotool(
-        {QStringLiteral("windowmove"), id, QString::number(frame.x() - 20), QString::number(frame.y() - 60)});
-    xdotool({QStringLiteral("windowsize"), id, QString::number(frame.width() + 40), QStringLiteral("200")});
+    xdotool({u"windowmove"_s, id, QString::number(frame.x() - 20), QString::number(frame.y() - 60)});
+    xdotool({u"windowsize"_s, id, QString::number(frame.width() + 40), u"200"_s});
     QVERIFY2(waitFor([&] { return frameOf(*client).intersects(frame); }),
              qPrintable(describe(frameOf(*client))));
-    QVERIFY(xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), id}));
-    QVERIFY2(waitFor([&] { return isStackedAbove(*bar, *client); }), "the bar is below the active window");
-    QCOMPARE(frameOf(*bar), frame);
-    // Nobody else stacks a bar that nobody manages: it climbs back over a window raised above it.
-    if (attributes->overrideRedirect) {
+    QVERIFY(xdotool({u"windowactivate"_s, u"--sync"_s, id}));
+    QVERIFY2(waitFor([&] { return isStackedAbove(bar, *client); }), "the bar is below the active window");
+    if (isOverrideRedirect(bar))
         raiseFrameToTop(*client);
-        QVERIFY2(waitFor([&] { return isStackedAbove(*bar, *client); }),
-                 "the bar stayed below a raised window");
-    }
-
+    QVERIFY2(waitFor([&] { return isStackedAbove(bar, *client); }), "the bar stayed below a raised window");
     // On every workspace, at the same place.
     QVERIFY(switchWorkspace(1));
-    QVERIFY2(waitFor([&] { return isViewable(*bar) && frameOf(*bar) == frame; }),
-             qPrintable(describe(frameOf(*bar))));
+    QVERIFY2(waitFor([&] { return isViewable(bar) && frameOf(bar) == frame; }),
+             qPrintable(describe(frameOf(bar))));
     QVERIFY(switchWorkspace(0));
 }
 
 void TestBarEndToEnd::startUpAndProbeTellHowFarFacilitiesReach()
 {
     // tests/wayland/with-wayland-session.sh runs XWayland under a compositor: mutter as GNOME's session
-    // has it, or weston, which names no desktop. Every other session is an X11 one.
+    // has it, or weston, which names no desktop. tst_shell holds the wording; here the program finds out
+    // by itself where it runs and what the display offers.
     const QString compositor = qEnvironmentVariable("VANTRIL_TEST_COMPOSITOR");
     const bool wayland = !compositor.isEmpty();
-    const QString underXWayland = QStringLiteral(
-        "instead start the application under XWayland (GDK_BACKEND=x11 for GTK, QT_QPA_PLATFORM=xcb for Qt)");
-    const QString shortcutSettings =
-        compositor == QLatin1String("mutter")
-            ? QStringLiteral(
-                  "GNOME's Settings › Keyboard › Keyboard Shortcuts › View and Customize Shortcuts › "
-                  "Custom Shortcuts")
-            : QStringLiteral("the desktop's keyboard settings");
-    const QString setsInstead =
-        compositor == QLatin1String("mutter")
-            ? QStringLiteral("instead run \"gnome-extensions enable vantril@vantril.github.io\" and log in "
-                             "again, or start the application under XWayland (GDK_BACKEND=x11 for GTK, "
-                             "QT_QPA_PLATFORM=xcb for Qt)")
-            : underXWayland;
-    const QString whatWorks = QStringLiteral("In this Wayland session ");
-    const QStringList startUp =
-        wayland ? QStringList{whatWorks +
-                                  QStringLiteral("the hot key works in X11 windows only; instead bind "
-                                                 "`vantril --toggle` in ") +
-                                  shortcutSettings,
-                              whatWorks + QStringLiteral("key and paste chips work in X11 windows only; ") +
-                                  underXWayland,
-                              whatWorks +
-                                  QStringLiteral("closing a stack by a click elsewhere and auto-hide work "
-                                                 "in X11 windows only; instead close a stack by clicking "
-                                                 "its chip again"),
-                              whatWorks + QStringLiteral("application sets work in X11 windows only; ") +
-                                  setsInstead}
-                : QStringList{};
-    const QString desktop = compositor == QLatin1String("mutter") ? QStringLiteral(" (GNOME)") : QString();
-    const QStringList reportLines =
-        wayland
-            ? QStringList{QStringLiteral("hot key grab: yes (X11 windows only)"),
-                          QStringLiteral("session: Wayland%1, through XWayland").arg(desktop),
-                          QStringLiteral("hot key: X11 windows only; instead bind `vantril --toggle` in ") +
-                              shortcutSettings,
-                          QStringLiteral("key and paste chips: X11 windows only; ") + underXWayland,
-                          QStringLiteral("click elsewhere and auto-hide: X11 windows only; instead close a "
-                                         "stack by clicking its chip again"),
-                          QStringLiteral("application sets: X11 windows only; ") + setsInstead}
-            : QStringList{QStringLiteral("hot key grab: yes"),
-                          QStringLiteral("session: X11"),
-                          QStringLiteral("hot key: all windows"),
-                          QStringLiteral("key and paste chips: all windows"),
-                          QStringLiteral("click elsewhere and auto-hide: all windows"),
-                          QStringLiteral("application sets: all windows")};
-
     RunningBar vantril(*m_home);
-    const auto said = [&] {
-        return vantril.log().split(QLatin1Char('\n')).filter(QRegularExpression(QStringLiteral("^In this ")));
-    };
-    // Said while starting, before the bar is mapped. (Weston lists no client windows to find it by.)
-    if (startUp.isEmpty())
-        QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    else
-        QVERIFY2(waitFor([&] { return said().size() >= startUp.size(); }), qPrintable(vantril.log()));
-    QCOMPARE(said(), startUp);
+    const auto said = [&] { return vantril.log().count(u"In this Wayland session "_s); };
+    // Said as the bar comes up. (Weston lists no client windows to find it by.)
+    QVERIFY2(wayland ? waitFor([&] { return said() >= 4; }) : vantril.waitForBar(),
+             qPrintable(vantril.log()));
+    QCOMPARE(said(), wayland ? 4 : 0);
+    // Debian's weston dies as soon as an X11 client takes the clipboard, which the probe does to see
+    // that it works; the whole session goes with it.
+    if (compositor == u"weston"_s)
+        QSKIP("weston's X11 window manager crashes when a client takes the clipboard");
 
     QProcess probe;
-    QProcessEnvironment variables = m_home->environment();
-    variables.insert(QStringLiteral("TMPDIR"), m_home->path(QString()));
-    probe.setProcessEnvironment(variables);
-    probe.start(QStringLiteral(VANTRIL_BINARY), {QStringLiteral("--probe")});
+    probe.setProcessEnvironment(m_home->environment({{u"TMPDIR"_s, m_home->path(QString())}}));
+    probe.start(QStringLiteral(VANTRIL_BINARY), {u"--probe"_s});
     QVERIFY(probe.waitForFinished(60000));
-    const QStringList report = QString::fromUtf8(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
-    for (const QString& line : reportLines)
-        QVERIFY2(report.contains(line), qPrintable(report.join(QLatin1Char('\n'))));
+    const QString report = QString::fromUtf8(probe.readAllStandardOutput());
+    const QString reach = wayland ? u"X11 windows only"_s : u"all windows"_s;
+    QStringList expected = {wayland ? u"session: Wayland%1, through XWayland\n"_s.arg(
+                                          compositor == u"mutter"_s ? u" (GNOME)"_s : QString())
+                                    : u"session: X11\n"_s,
+                            wayland ? u"hot key grab: yes (X11 windows only)\n"_s : u"hot key grab: yes\n"_s};
+    for (const char* facility :
+         {"hot key", "key and paste chips", "click elsewhere and auto-hide", "application sets"})
+        expected.append(u"\n%1: %2"_s.arg(QLatin1String(facility), reach));
+    for (const QString& line : expected)
+        QVERIFY2(report.contains(line), qPrintable(line + u" is not in:\n"_s + report));
 }
 
-void TestBarEndToEnd::clickLeavesTheActiveWindowAlone()
+void TestBarEndToEnd::chipsMoveByDragging()
 {
-    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
-                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
-                       m_home->path(QStringLiteral("text.txt"))});
-    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
-    QVERIFY2(client, "keyprobe did not become the active window");
-
-    RunningBar vantril(*m_home);
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-    QCOMPARE(activeWindow(), *client); // showing the bar takes nothing either
-
-    const BarLayout layout = layoutOf(Config::defaults());
-    QVERIFY(vantril.waitForWidth(layout.width));
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Files"), vantril.frame())));
-    // The window manager lists the flyout only after it has handled the press that opened it, so a change
-    // of focus caused by that press would show by now.
-    std::optional<quintptr> flyout;
-    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }),
-             "the click opened no flyout");
-    QCOMPARE(activeWindow(), *client);
-
-    // Nor does a click on the flyout, here on its margin, where it does nothing else.
-    QVERIFY(waitUntilDrawn(frameOf(*flyout)));
-    QVERIFY(clickAt(frameOf(*flyout).topLeft() + QPoint(frameOf(*flyout).width() / 2, 3)));
-    // A chip's tap comes after it and is handled after it: a change of focus would show by then.
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Files"), vantril.frame())));
-    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "the second tap on Files left the flyout open");
-    QCOMPARE(activeWindow(), *client);
-}
-
-void TestBarEndToEnd::keysAndPasteChipsTypeIntoTheFrontWindow()
-{
-    const QString presses = m_home->path(QStringLiteral("presses.txt"));
-    const QString text = m_home->path(QStringLiteral("text.txt"));
-    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY), {QStringLiteral("keys"), presses, text});
-    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
-    QVERIFY2(client, "keyprobe did not become the active window");
-
-    BarConfig config;
-    config.buttons = {ButtonSpec::make(QStringLiteral("Shout"), QStringLiteral("keyboard"),
-                                       QStringLiteral("keys"), QStringLiteral("shift+h")),
-                      ButtonSpec::make(QStringLiteral("Greet"), QStringLiteral("keyboard"),
-                                       QStringLiteral("paste"), QStringLiteral("hello from the bar"))};
-    QVERIFY(m_home->writeButtons(Config::encoded(config)));
-    RunningBar vantril(*m_home, withoutFrontApp());
+    const ButtonSpec m1 = button(u"m1"_s), m2 = button(u"m2"_s);
+    RunningBar vantril(
+        *m_home, barOf({button(u"1"_s), button(u"2"_s), stackOf(u"Stack"_s, {m1, m2}), button(u"3"_s)}));
     QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const BarLayout layout = layoutOf(config);
-    QVERIFY(vantril.waitForWidth(layout.width));
-    QCOMPARE(activeWindow(), *client);
 
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Shout"), vantril.frame())));
-    QVERIFY2(waitFor([&] { return readAll(text) == "H"; }),
-             qPrintable(QStringLiteral("typed: %1; active: %2, keyprobe %3")
-                            .arg(QString::fromUtf8(readAll(presses)))
-                            .arg(activeWindow())
-                            .arg(*client)));
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Greet"), vantril.frame())));
-    QVERIFY2(waitFor([&] { return readAll(text) == "Hhello from the bar"; }),
-             qPrintable(QStringLiteral("the line holds: %1; active: %2, keyprobe %3")
-                            .arg(QString::fromUtf8(readAll(text)))
-                            .arg(activeWindow())
-                            .arg(*client)));
-    QCOMPARE(activeWindow(), *client);
+    // Out of the open stack, its second row, onto the bar: moved, not copied or changed. While a flyout is
+    // open the program learns of presses anywhere on the desktop, and takes the pointer's place when it reads
+    // one for where the press was; synthetic input may by then be far along its path. A path that never
+    // leaves the flyout and the bar (a jump across the gap between them, then along the bar) cannot be taken
+    // for a press elsewhere, which would close the flyout mid-drag.
+    const auto flyout = vantril.openFlyout(u"Stack"_s);
+    QVERIFY2(flyout, "the stack did not open");
+    const QPoint member = secondRowOf(frameOf(*flyout));
+    const QPoint onBar(member.x(), vantril.chip(u"1"_s).y());
+    QVERIFY(vantril.frame().contains(onBar));
+    const QByteArray before = m_home->buttons();
+    QVERIFY(dragAlong(QList<QPoint>{member, member + QPoint(0, 3)} +
+                      pathBetween(onBar, vantril.gapAfter(u"1"_s), 8)));
+    QVERIFY2(vantril.waitForSave(before), isViewable(*flyout)
+                                              ? "the drag out of the flyout changed nothing"
+                                              : "the flyout closed during the drag out of it");
+    QCOMPARE(vantril.saved().buttons, (QList<ButtonSpec>{button(u"1"_s), m2, button(u"2"_s),
+                                                         stackOf(u"Stack"_s, {m1}), button(u"3"_s)}));
 }
 
-void TestBarEndToEnd::stackOpensAboveItsChipAndCloses()
+void TestBarEndToEnd::dropsFromAnotherProgram()
 {
-    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
-                      {QStringLiteral("keys"), m_home->path(QStringLiteral("presses.txt")),
-                       m_home->path(QStringLiteral("text.txt"))});
-    const auto client = probe.waitForWindow(QStringLiteral("keyprobe"), true);
-    QVERIFY2(client, "keyprobe did not become the active window");
-    RunningBar vantril(*m_home);
-    const auto bar = vantril.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-
-    const BarLayout layout = layoutOf(Config::defaults());
-    QVERIFY(vantril.waitForWidth(layout.width));
-    const QRect barFrame = vantril.frame();
-    const QRectF chip = layout.chips.value(QStringLiteral("Files"));
-    const QPoint chipCentre = barFrame.topLeft() + chip.center().toPoint();
-
-    QVERIFY(clickAt(chipCentre));
-    std::optional<quintptr> flyout;
-    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }), "no flyout appeared");
-    const auto placed = [&] {
-        const QRect frame = frameOf(*flyout);
-        return qAbs(frame.x() + frame.width() / 2.0 - (barFrame.x() + chip.center().x())) <= 2 &&
-               frame.bottom() + 1 == barFrame.y() - 4 && frame.height() > 0;
-    };
-    QVERIFY2(waitFor(placed), qPrintable(QStringLiteral("flyout %1, bar %2, chip centre x %3")
-                                             .arg(describe(frameOf(*flyout)), describe(barFrame))
-                                             .arg(barFrame.x() + chip.center().x())));
-
-    // The same chip again closes it.
-    QVERIFY(clickAt(chipCentre));
-    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "a second tap left the flyout open");
-
-    // A click into another application closes it too.
-    QVERIFY(clickAt(chipCentre));
-    QVERIFY2(waitFor([&] { return vantril.shownFlyout().has_value(); }), "the flyout did not open again");
-    // Into its middle, which a tiling manager's full-screen tile has under the bar and the flyout too.
-    const QPoint elsewhere = frameOf(*client).center();
-    QVERIFY(!frameOf(*vantril.shownFlyout()).contains(elsewhere) && !barFrame.contains(elsewhere));
-    QVERIFY(clickAt(elsewhere));
-    QVERIFY2(waitFor([&] { return !vantril.shownFlyout(); }), "a click elsewhere left the flyout open");
-    QVERIFY(waitFor([&] { return frameOf(*bar) == barFrame; })); // the bar stays where it was
-}
-
-void TestBarEndToEnd::movedBarComesBackWhereItWasLeft()
-{
-    RunningBar first(*m_home, {{QStringLiteral("VANTRIL_MOVE"), QStringLiteral("100,50")}});
-    const auto bar = first.waitForBar();
-    QVERIFY2(bar, "no bar window appeared");
-
-    const int width = frameOf(*bar).width();
-    const QRect area = workArea();
-    const QPoint start(qRound(area.x() + area.width() / 2.0 - width / 2.0),
-                       area.bottom() + 1 - 6 - BarView::barHeight);
-    const QPoint moved = start + QPoint(100, -50);
-    const auto near = [](const QPoint& a, const QPoint& b) {
-        return qAbs(a.x() - b.x()) <= 1 && qAbs(a.y() - b.y()) <= 1;
-    };
-    QVERIFY2(waitFor([&] { return near(frameOf(*bar).topLeft(), moved); }),
-             qPrintable(describe(frameOf(*bar))));
-
-    // The place is saved a moment after the move; stopping earlier would lose it.
-    QVERIFY2(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }),
-             "the moved place was never saved");
-    first.stop(true);
-
-    RunningBar second(*m_home);
-    const auto again = second.waitForBar();
-    QVERIFY2(again, "no bar window appeared after the restart");
-    QVERIFY2(waitFor([&] { return near(frameOf(*again).topLeft(), moved); }),
-             qPrintable(QStringLiteral("%1, expected x=%2 y=%3")
-                            .arg(describe(frameOf(*again)))
-                            .arg(moved.x())
-                            .arg(moved.y())));
-}
-
-void TestBarEndToEnd::gripDragMovesBarAndTurnsFlyoutsDown()
-{
-    RunningBar vantril(*m_home);
-    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const BarLayout layout = layoutOf(Config::defaults());
-    QVERIFY(vantril.waitForWidth(layout.width));
-    const QRect start = vantril.frame();
-
-    // Up into the top half of the screen by the grip: the window follows the pointer.
-    const QPoint grip = gripOf(start);
-    const QPoint offset(-100, -600);
-    QVERIFY(dragBetween(grip, grip + offset, 20));
-    QVERIFY2(waitFor([&] { return frameOf(vantril.bar()).topLeft() == start.topLeft() + offset; }),
-             qPrintable(describe(frameOf(vantril.bar()))));
-    QVERIFY2(waitFor([&] { return readAll(m_home->preferencesFile()).contains("[barPosition]"); }),
-             "the dragged place was never saved");
-
-    // Rebuilt for the upper half: the stack now opens below the bar.
-    const QRect moved = frameOf(vantril.bar());
-    QVERIFY(clickAt(moved.topLeft() + layout.chips.value(QStringLiteral("Files")).center().toPoint()));
-    std::optional<quintptr> flyout;
-    QVERIFY2(waitFor([&] { return (flyout = vantril.shownFlyout()).has_value(); }), "no flyout appeared");
-    QVERIFY2(
-        waitFor([&] { return frameOf(*flyout).y() == moved.bottom() + 1 + 4; }),
-        qPrintable(QStringLiteral("flyout %1, bar %2").arg(describe(frameOf(*flyout)), describe(moved))));
-}
-
-void TestBarEndToEnd::openingAProgramAsksFirst_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("script with an execute bit") << int(Stray::Script);
-    QTest::newRow("ELF at --x--x--x") << int(Stray::Elf);
-    QTest::newRow("desktop entry at 0644") << int(Stray::DesktopEntry);
-    QTest::newRow("FIFO named x.desktop") << int(Stray::Fifo);
-}
-
-void TestBarEndToEnd::openingAProgramAsksFirst()
-{
-    QFETCH(int, kind);
-    const QString folder = m_home->path(QStringLiteral("offered"));
-    QVERIFY(QDir().mkpath(folder));
-    const QString file = makeStray(Stray(kind), folder);
-    QVERIFY(!file.isEmpty());
-    const bool fifo = Stray(kind) == Stray::Fifo;
-
-    BarConfig config;
-    config.buttons = {
-        ButtonSpec::make(QStringLiteral("Target"), QStringLiteral("doc"), QStringLiteral("open"), file),
-        ButtonSpec::make(QStringLiteral("Listed"), QStringLiteral("folder"), QStringLiteral("folder"),
-                         folder)};
-    QVERIFY(m_home->writeButtons(Config::encoded(config)));
-    // The session's choice of Qt platform, which the bar overrides for itself alone.
+    // An application that only notes the files it was started with.
+    const QString record = m_home->path(u"opened.txt"_s);
+    const QString script = m_home->path(u"record.sh"_s);
+    QVERIFY(writeAll(script, "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + QFile::encodeName(record) + "'\n"));
+    QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    const QString entry = installApplication(u"vantril-test-recorder"_s, script + u" %F"_s);
     RunningBar vantril(*m_home,
-                       withoutFrontApp({{QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland")}}));
+                       barOf({button(u"A"_s), button(u"Recorder"_s, u"app"_s, entry), button(u"B"_s)}));
     QVERIFY2(vantril.waitForBar(), "no bar window appeared");
-    const BarLayout layout = layoutOf(config);
-    QVERIFY(vantril.waitForWidth(layout.width));
-    const QRect bar = vantril.frame();
-    // The question has no title of its own: the window manager shows the program's name.
-    const QString question = QStringLiteral("vantril");
-    const auto openListing = [&]() -> std::optional<QRect> {
-        if (!waitFor([&] { return !vantril.shownFlyout(); }) ||
-            !clickAt(layout.centreOf(QStringLiteral("Listed"), bar)))
-            return std::nullopt;
-        std::optional<quintptr> flyout;
-        if (!waitFor([&] { return (flyout = vantril.shownFlyout()) && frameOf(*flyout).height() > 16; }))
-            return std::nullopt;
-        return frameOf(*flyout);
+
+    // Files, and programs met in a download folder, dropped between two chips: each becomes a chip that
+    // opens it, in reverse order, and none was started. Reading the FIFO would have held the program up.
+    QStringList files = {m_home->path(u"one.txt"_s), m_home->path(u"two.txt"_s)};
+    QVERIFY(writeAll(files[0], "x") && writeAll(files[1], "x"));
+    for (const QString& name : strays)
+        files.append(makeStray(name, m_home->path(QString())));
+    QByteArray before = m_home->buttons();
+    const QPoint gap = vantril.gapAfter(u"A"_s);
+    QVERIFY(dropFiles(vantril, files, gap, QPoint(gap.x(), vantril.frame().y() + 10)));
+    QVERIFY2(vantril.waitForSave(before), "the drop changed nothing");
+    QList<ButtonSpec> expected = {button(u"A"_s), button(u"Recorder"_s, u"app"_s, entry), button(u"B"_s)};
+    for (const QString& file : files) {
+        QVERIFY2(!QFile::exists(markerOf(file)), qPrintable(file));
+        // A document, whatever it is, with the file's own icon.
+        expected.insert(1, ButtonSpec::make(QFileInfo(file).fileName(), u"doc"_s, u"open"_s, file, file));
+    }
+    QCOMPARE(vantril.saved().buttons, expected);
+
+    // A file dropped on an application's chip opens with it (the chip's highlight: a white ring just
+    // inside its edge), and no chip is added.
+    const QString letter = m_home->path(u"letter.txt"_s);
+    QVERIFY(writeAll(letter, "x"));
+    before = m_home->buttons();
+    const QRectF chip = vantril.chipRect(u"Recorder"_s);
+    QVERIFY(dropFiles(vantril, {letter}, chip.center().toPoint(),
+                      QPoint(qRound(chip.left()) + 1, qRound(chip.center().y()))));
+    QVERIFY2(waitFor([&] { return readAll(record) == (letter + u'\n').toUtf8(); }),
+             readAll(record).constData());
+    QCOMPARE(m_home->buttons(), before);
+}
+
+void TestBarEndToEnd::frontApplicationChoosesTheSet()
+{
+    // The program behind every window below is an installed application, as xterm would be for a window
+    // of "xterm -class MyTool": its desktop entry is found from the window's executable.
+    QVERIFY(!installApplication(u"vantril-test-windows"_s, testWindow).isEmpty());
+    BarConfig config = barOf({button(u"Log"_s, u"applescript"_s, u"beep"_s), button(u"1"_s)});
+    config.appSets = QList<AppSet>{{u"VantrilAlpha"_s, u"Alpha"_s, {button(u"a1"_s)}},
+                                   {u"VantrilBeta"_s, u"Beta"_s, {button(u"b1"_s), button(u"b2"_s)}}};
+    const int alphaWidth = layoutOf(config, config.appSets->at(0).buttons).width;
+    const int betaWidth = layoutOf(config, config.appSets->at(1).buttons).width;
+    RunningBar vantril(*m_home, config, {});
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    QVERIFY(vantril.frame().width() < alphaWidth && alphaWidth < betaWidth);
+    const QByteArray before = m_home->buttons();
+
+    TestProcess alphaApp(testWindow, {u"app"_s, u"VantrilAlpha"_s}),
+        betaApp(testWindow, {u"app"_s, u"VantrilBeta"_s});
+    const auto alpha = alphaApp.waitForWindow(u"VantrilAlpha"_s),
+               beta = betaApp.waitForWindow(u"VantrilBeta"_s);
+    QVERIFY2(alpha && beta, "the applications' windows did not appear");
+    const auto activate = [](quintptr window) {
+        return xdotool({u"windowactivate"_s, u"--sync"_s, QString::number(window)});
     };
+    QVERIFY(activate(*alpha) && vantril.waitForWidth(alphaWidth));
+    QVERIFY(activate(*beta) && vantril.waitForWidth(betaWidth));
+    // A tap on the bar takes nothing from the application in front, so its set stays. The chip only
+    // complains, which tells when the tap was handled.
+    QVERIFY(clickAt(vantril.chip(u"Log"_s)));
+    QVERIFY2(waitFor([&] { return vantril.log().contains(u"AppleScript is not available"_s); }),
+             qPrintable(vantril.log()));
+    QCOMPARE(activeWindow(), *beta);
+    QCOMPARE(frameOf(vantril.bar()).width(), betaWidth);
+    QVERIFY(activate(*alpha) && vantril.waitForWidth(alphaWidth));
+    // Showing a set is no edit.
+    QCOMPARE(m_home->buttons(), before);
+}
 
-    // The chip asks, in a window that takes the keyboard; Escape cancels. A FIFO is refused at once, and
-    // the bar goes on answering.
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Target"), bar)));
-    if (!fifo) {
-        const auto asked = vantril.waitForWindow(question, true);
-        QVERIFY2(asked, "the chip asked nothing, or the question did not take the keyboard");
-        saveScreenshot(QStringLiteral("question.png"), screenRect(*asked));
-        QVERIFY(keys({QStringLiteral("Escape")}));
-        QVERIFY2(waitFor([&] { return !vantril.shownWindow(question); }), "Escape left the question open");
+void TestBarEndToEnd::handEditsReachTheBar()
+{
+    const auto configWith = [](int count) {
+        BarConfig config;
+        for (int i = 1; i <= count; ++i)
+            config.buttons.append(button(u"B%1"_s.arg(i)));
+        return config;
+    };
+    RunningBar vantril(*m_home, configWith(2));
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    // Written in place, then saved the way editors save, a new file renamed over the old one, whose
+    // replacement is watched in its turn.
+    const QByteArray temporary = QFile::encodeName(m_home->path(u"vantril/.buttons.json.edit"_s));
+    for (const int count : {3, 4, 5, 6}) {
+        const bool renamed = count % 2 == 0;
+        const QByteArray bytes = Config::encoded(configWith(count));
+        QVERIFY(renamed ? writeAll(QFile::decodeName(temporary), bytes) &&
+                              std::rename(temporary.constData(),
+                                          QFile::encodeName(m_home->buttonsJson()).constData()) == 0
+                        : m_home->writeButtons(bytes));
+        QVERIFY2(vantril.waitForWidth(layoutOf(configWith(count)).width),
+                 renamed ? "renamed over" : "written in place");
     }
+}
 
-    // The folder listing's row asks the same; Return takes the default, Cancel. Two rows, "Open in File
-    // Manager" and the file, of one height between 8 pixel margins, 6 apart.
-    const auto listing = openListing();
-    QVERIFY2(listing, "the folder did not open");
-    const int rowHeight = (listing->height() - 2 * 8 - 6) / 2;
-    QVERIFY(clickAt(QPoint(listing->center().x(), listing->y() + 8 + rowHeight + 6 + rowHeight / 2)));
-    if (!fifo) {
-        QVERIFY2(vantril.waitForWindow(question, true), "the listing's row asked nothing");
-        QVERIFY(keys({QStringLiteral("Return")}));
-        QVERIFY2(waitFor([&] { return !vantril.shownWindow(question); }), "Return left the question open");
+void TestBarEndToEnd::editorTakesFocusAndSaves()
+{
+    QVERIFY(moveTo(away));
+    RunningBar vantril(*m_home, Config::defaults(), withoutFrontApp({{u"VANTRIL_SHOW_EDITOR"_s, u"Help"_s}}));
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    QVERIFY2(vantril.waitForWindow(u"Edit Button"_s, true), "no editor with the keyboard focus");
+
+    // The title field has the focus: its text is replaced and Return saves.
+    QByteArray before = m_home->buttons();
+    QVERIFY(keys({u"ctrl+a"_s}) && xdotool({u"type"_s, u"Support"_s}) && keys({u"Return"_s}));
+    QVERIFY2(vantril.waitForSave(before), "the editor saved nothing");
+    BarConfig renamed = Config::defaults();
+    for (ButtonSpec& spec : renamed.buttons)
+        spec.title = spec.title == u"Help"_s ? u"Support"_s : spec.title;
+    QCOMPARE(vantril.saved(), renamed);
+    QVERIFY2(waitFor([&] { return !findWindow(u"Edit Button"_s, vantril.pid()); }), "the editor stayed open");
+
+    // Undone from the bar's menu, opened on the grip, which moved with the new width.
+    // Down from nothing selected reaches the first item and skips separators.
+    MenuModel::State state;
+    state.canUndo = true;
+    QStringList undo;
+    for (const MenuModel::Item& item : MenuModel::populate(state)) {
+        if (!item.isSeparator() && !undo.contains(u"Return"_s))
+            undo += item.title == u"Undo last change"_s ? QStringList{u"Down"_s, u"Return"_s}
+                                                        : QStringList{u"Down"_s};
     }
-    QVERIFY2(openListing(), "the bar stopped answering");
-    QVERIFY2(!QFile::exists(markerOf(file)), "a cancelled question started the program");
-    if (fifo)
-        return;
-
-    // Run starts it: a desktop entry through GIO, a program directly.
-    QVERIFY(clickAt(layout.centreOf(QStringLiteral("Target"), bar)));
-    const auto asked = vantril.waitForWindow(question, true);
-    QVERIFY2(asked, "the chip asked nothing the second time");
-    const QRect frame = frameOf(*asked);
-    const auto run = runButtonIn(QFileInfo(file).fileName(), frame.size());
-    QVERIFY(run);
-    QVERIFY(clickAt(frame.topLeft() + *run));
-    QVERIFY2(waitFor([&] { return QFile::exists(markerOf(file)); }), "Run started nothing");
-    if (Stray(kind) == Stray::Script)
-        QTRY_COMPARE(readAll(markerOf(file)), QByteArray("wayland"));
+    QVERIFY2(vantril.openMenu(vantril.grip()), "right-clicking the grip opened no menu");
+    before = m_home->buttons();
+    QVERIFY(undo.contains(u"Return"_s) && keys(undo));
+    QVERIFY2(vantril.waitForSave(before), "Undo changed nothing");
+    QCOMPARE(vantril.saved(), Config::defaults());
 }
 
 void TestBarEndToEnd::autoHideLetsClicksThroughAndRestBringsItBack()
 {
-    // Away from where the bar will be, so that nothing is hovered or rested on by accident.
-    QVERIFY(moveTo(QPoint(screenWidth / 2, 100)));
+    QVERIFY(moveTo(away));
     QVERIFY(QDir().mkpath(QFileInfo(m_home->preferencesFile()).absolutePath()));
     QVERIFY(writeAll(m_home->preferencesFile(), "[General]\nautoHide=true\n"));
-
     // A window across the bottom of the screen, under where the bar will be, that records the clicks
     // reaching it. Started first, so that the bar is mapped above it.
     const QRect area = workArea();
     const QRect band(area.x(), area.bottom() + 1 - 200, area.width(), 200);
-    const QString presses = m_home->path(QStringLiteral("presses.txt"));
-    TestProcess probe(QStringLiteral(TESTWINDOW_BINARY),
-                      {QStringLiteral("clicks"), presses, QString::number(band.x()),
-                       QString::number(band.y()), QString::number(band.width()),
-                       QString::number(band.height())});
-    const auto probeWindow = probe.waitForWindow(QStringLiteral("clickprobe"));
-    QVERIFY2(probeWindow, "the click probe did not appear");
-    QVERIFY2(placeWindow(*probeWindow, band), qPrintable(describe(frameOf(*probeWindow))));
+    const QString presses = m_home->path(u"presses.txt"_s);
+    TestProcess probe(testWindow, {u"clicks"_s, presses, QString::number(band.x()), QString::number(band.y()),
+                                   QString::number(band.width()), QString::number(band.height())});
+    const auto probeWindow = probe.waitForWindow(u"clickprobe"_s);
+    QVERIFY2(probeWindow && placeWindow(*probeWindow, band), "the click probe is not in place");
 
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    const QRect frame = frameOf(*bar);
+    RunningBar vantril(*m_home);
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    const quintptr bar = vantril.bar();
+    const QRect frame = vantril.frame();
     QVERIFY2(band.contains(frame), qPrintable(describe(frame)));
-
     // The pointer on the bar keeps it, or brings it back if it went while the program was starting.
-    QVERIFY(moveTo(frame.center()));
-    QVERIFY2(waitFor([&] { return fullyShown(*bar); }), "the bar is not shown with the pointer on it");
+    QVERIFY(moveTo(frame.center()) && waitFor([&] { return shownAs(bar, true); }));
 
-    QVERIFY(moveTo(QPoint(screenWidth / 2, 100)));
-    QElapsedTimer away;
-    away.start();
-    // Read straight from the server and often: how long it takes is what is measured here.
-    const xcb_atom_t opacity = atom(QByteArrayLiteral("_NET_WM_WINDOW_OPACITY"));
-    QVERIFY2(waitFor([&] { return cardinal(static_cast<xcb_window_t>(*bar), opacity) == 0u; },
-                     windowTimeoutMs, 10),
-             qPrintable(windowProperty(*bar, QStringLiteral("_NET_WM_WINDOW_OPACITY"))));
-    const qint64 hiddenAfter = away.elapsed();
-    QVERIFY2(hiddenAfter <= hideWithinMs,
-             qPrintable(QStringLiteral("hidden only %1 ms after the pointer left").arg(hiddenAfter)));
-    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "faded out, but still drawn or taking clicks");
+    // Gone within ten ticks of 150 ms and a 200 ms fade after the pointer left, with room for a busy
+    // machine; read straight from the server and often, as how long it takes is what is measured here.
+    QVERIFY(moveTo(away));
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(waitFor([&] { return values(bar, "_NET_WM_WINDOW_OPACITY") == QList<quint32>{0}; },
+                    windowTimeoutMs, 10));
+    QVERIFY2(clock.elapsed() <= 2000,
+             qPrintable(u"hidden %1 ms after the pointer left"_s.arg(clock.elapsed())));
+    QVERIFY2(waitFor([&] { return shownAs(bar, false); }), "faded out, but still drawn or taking clicks");
 
-    // A click on a chip's place goes to the window below, where the bar takes nothing.
-    const QPoint files = frame.topLeft() +
-                         layoutOf(Config::defaults()).chips.value(QStringLiteral("Files")).center().toPoint();
+    // A click on a chip's place goes to the window below, where the bar takes nothing; it leaves the
+    // pointer resting on the bar's place, which brings the bar back within two ticks and a fade.
+    const QPoint files = vantril.chip(u"Files"_s);
     QVERIFY(clickAt(files));
-    const QByteArray expected =
-        QStringLiteral("press button=1 x=%1 y=%2\n").arg(files.x()).arg(files.y()).toUtf8();
-    QVERIFY2(waitFor([&] { return readAll(presses).contains(expected); }),
-             qPrintable(QStringLiteral("the probe saw: ") + QString::fromUtf8(readAll(presses))));
+    const QByteArray expected = u"1 at %1,%2\n"_s.arg(files.x()).arg(files.y()).toUtf8();
+    QVERIFY2(waitFor([&] { return readAll(presses).contains(expected); }), readAll(presses).constData());
     QVERIFY(!vantril.shownFlyout());
-    // The click left the pointer on the bar's place, where it now rests.
-    QElapsedTimer resting;
-    resting.start();
-    QVERIFY2(waitFor([&] { return fullyShown(*bar); }), "resting on the bar's place did not bring it back");
-    QVERIFY2(
-        resting.elapsed() <= showWithinMs,
-        qPrintable(QStringLiteral("shown only %1 ms after the pointer came to rest").arg(resting.elapsed())));
-    QCOMPARE(frameOf(*bar), frame);
-
+    clock.restart();
+    QVERIFY2(waitFor([&] { return shownAs(bar, true); }), "resting on the bar's place did not bring it back");
+    QVERIFY2(clock.elapsed() <= 2000,
+             qPrintable(u"shown %1 ms after the pointer came to rest"_s.arg(clock.elapsed())));
+    QCOMPARE(frameOf(bar), frame);
     // And it takes clicks again.
-    const qsizetype pressesBefore = readAll(presses).size();
+    const QByteArray seen = readAll(presses);
     QVERIFY(clickAt(files));
     QVERIFY2(waitFor([&] { return vantril.shownFlyout().has_value(); }), "a click on Files opened nothing");
-    QCOMPARE(readAll(presses).size(), pressesBefore);
+    QCOMPARE(readAll(presses), seen);
 }
 
 void TestBarEndToEnd::hotKeyTogglesAlsoWithNumLock()
 {
-    // Away from where the bar will be, so that nothing is hovered or rested on by accident.
-    QVERIFY(moveTo(QPoint(screenWidth / 2, 100)));
-    const QString taken = QStringLiteral("Hot key ctrl+alt+b is taken by another program; bind `vantril "
-                                         "--toggle` in your desktop's keyboard settings instead");
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    QVERIFY(waitFor([&] { return fullyShown(*bar); }));
-    // Some window managers bind the combination themselves (icewm opens a browser with it).
-    // The line comes before the bar is shown; the pipe may still hold it.
-    if (waitFor([&] { return vantril.log().contains(taken); }, 2000))
+    QVERIFY(moveTo(away));
+    RunningBar vantril(*m_home);
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    QVERIFY(waitFor([&] { return shownAs(vantril.bar(), true); }));
+    // Some window managers bind the combination themselves (icewm opens a browser with it). The line
+    // comes before the bar is shown; the pipe may still hold it.
+    if (waitFor([&] { return vantril.log().contains(hotKeyTaken); }, 2000))
         QSKIP("the window manager holds Ctrl+Alt+B, and the program says so");
 
-    QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
-    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "Ctrl+Alt+B did not hide the bar");
-    QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
-    QVERIFY2(waitFor([&] { return fullyShown(*bar); }), "Ctrl+Alt+B did not show the bar again");
-
     // Num Lock is a modifier to the server: a grab of Ctrl+Alt+B alone would no longer match.
-    QVERIFY(keys({QStringLiteral("Num_Lock")}));
-    QVERIFY2(waitFor(numLockOn, 5000), qPrintable(output(QStringLiteral("xset"), {QStringLiteral("q")})));
-    QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
-    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "Ctrl+Alt+B with Num Lock on did not hide the bar");
-    QVERIFY(keys({QStringLiteral("ctrl+alt+b")}));
-    QVERIFY2(waitFor([&] { return fullyShown(*bar); }), "Ctrl+Alt+B with Num Lock on did not show the bar");
-
-    QVERIFY(keys({QStringLiteral("Num_Lock")}));
-    QVERIFY2(waitFor([] { return !numLockOn(); }, 5000), "Num Lock stayed on");
-    QVERIFY(vantril.isRunning());
-    QVERIFY2(!vantril.log().contains(taken), qPrintable(vantril.log()));
-
-    // A second copy, with folders of its own, finds the combination taken, and says so once.
-    TestHome otherHome;
-    RunningBar second(otherHome, withoutFrontApp());
-    QVERIFY2(second.waitForBar(m_defaultWidth), "no second bar appeared");
-    QVERIFY2(waitFor([&] { return second.log().contains(taken); }), qPrintable(second.log()));
-    QCOMPARE(second.log().count(taken), 1);
-}
-
-void TestBarEndToEnd::commandsReachTheRunningBar()
-{
-    // Away from where the bar will be, so that nothing is hovered or rested on by accident.
-    QVERIFY(moveTo(QPoint(screenWidth / 2, 100)));
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar window appeared");
-    QVERIFY(waitFor([&] { return fullyShown(*bar); }));
-
-    // A second start hands its command line over and ends within a second of what any start of the
-    // program takes on this machine; the first bar stays the only one.
-    const Ran version = run(*m_home, {QStringLiteral("--version")});
-    const Ran second = run(*m_home, {});
-    QCOMPARE(second.status, 0);
-    QVERIFY2(second.ms <= version.ms + 1000,
-             qPrintable(QStringLiteral("%1 ms, --version %2 ms").arg(second.ms).arg(version.ms)));
-    QCOMPARE(barsShown(), 1);
-    QVERIFY(vantril.isRunning());
-
-    const QList<std::pair<QStringList, bool>> steps = {
-        {{QStringLiteral("--toggle")}, false}, {{QStringLiteral("--toggle")}, true},
-        {{QStringLiteral("--hide")}, false},   {{QStringLiteral("--show")}, true},
-        {{QStringLiteral("--hide")}, false},   {{}, true}, // a plain start shows the running bar
-    };
-    for (const auto& [arguments, shown] : steps) {
-        const Ran ran = run(*m_home, arguments);
-        QCOMPARE(ran.status, 0);
-        QCOMPARE(ran.err, QString());
-        QVERIFY2(waitFor([&] { return shown ? fullyShown(*bar) : fullyHidden(*bar); }),
-                 qPrintable(QStringLiteral("after \"vantril %1\"").arg(arguments.join(u' '))));
+    for (const bool numLock : {false, true}) {
+        QVERIFY(!numLock || (keys({u"Num_Lock"_s}) && waitFor(numLockOn, 5000)));
+        for (const bool shown : {false, true}) {
+            QVERIFY(keys({u"ctrl+alt+b"_s}));
+            QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), shown); }),
+                     qPrintable(u"Num Lock %1, not %2"_s.arg(numLock ? u"on"_s : u"off"_s,
+                                                             shown ? u"shown"_s : u"hidden"_s)));
+        }
     }
-
-    QCOMPARE(run(*m_home, {QStringLiteral("--open"), QStringLiteral("Files")}).status, 0);
-    QVERIFY2(waitFor([&] { return flyoutOn(vantril, QStringLiteral("Files")); }),
-             "--open Files opened nothing");
-    const Ran unknown = run(*m_home, {QStringLiteral("--open"), QStringLiteral("nosuchtitle")});
-    QCOMPARE(unknown.status, 1);
-    QCOMPARE(unknown.err, QStringLiteral("vantril: no button is titled \"nosuchtitle\"\n"));
-
-    // The answer comes once the bar has let its folder go.
-    QCOMPARE(run(*m_home, {QStringLiteral("--quit")}).status, 0);
-    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "--quit left the bar running");
-    QCOMPARE(vantril.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(vantril.process().exitCode(), 0);
-    QVERIFY(!QFileInfo::exists(InstancePaths::lockFile(m_home->configDir())));
+    QVERIFY2(vantril.isRunning() && !vantril.log().contains(hotKeyTaken), qPrintable(vantril.log()));
 }
 
-void TestBarEndToEnd::oneBarPerFolderAfterACrashBesideOthersAndWithoutALock()
+void TestBarEndToEnd::programsAskBeforeTheyRun_data()
 {
-    // Away from where the bar will be, so that nothing is hovered or rested on by accident.
-    QVERIFY(moveTo(QPoint(screenWidth / 2, 100)));
+    QTest::addColumn<QString>("name");
+    QTest::newRow("script with an execute bit") << strays[0];
+    QTest::newRow("ELF at --x--x--x") << strays[1];
+    QTest::newRow("desktop entry at 0644") << strays[2];
+    QTest::newRow("FIFO named x.desktop") << strays[3];
+}
+
+void TestBarEndToEnd::programsAskBeforeTheyRun()
+{
+    QFETCH(QString, name);
+    const QString folder = m_home->path(u"offered"_s);
+    const QString file = QDir().mkpath(folder) ? makeStray(name, folder) : QString();
+    QVERIFY(!file.isEmpty());
+    const bool fifo = name == strays[3];
+    RunningBar vantril(
+        *m_home, barOf({button(u"Target"_s, u"open"_s, file), button(u"Listed"_s, u"folder"_s, folder)}));
+    QVERIFY2(vantril.waitForBar(), "no bar window appeared");
+    // The question has no title of its own: the window manager shows the program's name.
+    const QString question = u"vantril"_s;
+
+    // The chip asks, and so does the row of the folder's listing after "Open in File Manager", in a window
+    // that takes the keyboard; Escape cancels, and so does Return, Cancel being the default. A FIFO is
+    // refused at once, and the bar goes on answering.
+    for (const QString& key : {u"Escape"_s, u"Return"_s}) {
+        const auto listing = key == u"Return"_s ? vantril.openFlyout(u"Listed"_s) : std::nullopt;
+        QVERIFY(clickAt(listing ? secondRowOf(frameOf(*listing)) : vantril.chip(u"Target"_s)));
+        if (fifo)
+            continue;
+        QVERIFY2(vantril.waitForWindow(question, true),
+                 "nothing asked, or the question did not take the keyboard");
+        QVERIFY(keys({key}));
+        QVERIFY2(waitFor([&] { return !vantril.shownWindow(question); }),
+                 qPrintable(key + u" left the question open"_s));
+    }
+    QVERIFY2(vantril.openFlyout(u"Listed"_s), "the bar stopped answering");
+    QVERIFY2(!QFile::exists(markerOf(file)), "a cancelled question started the program");
+}
+
+void TestBarEndToEnd::oneBarPerFolderTakesCommands()
+{
+    QVERIFY(moveTo(away));
+    // A bar killed before it could clean up leaves its lock and socket behind; the next one takes over.
     const QString socket = InstancePaths::socketPath(
         m_home->configDir(), qEnvironmentVariable("XDG_RUNTIME_DIR"), QDir::tempPath());
     const QString lock = InstancePaths::lockFile(m_home->configDir());
     {
-        RunningBar crashed(*m_home, withoutFrontApp());
-        QVERIFY2(crashed.waitForBar(m_defaultWidth), "no bar window appeared");
-        QVERIFY(waitFor([&] { return QFileInfo::exists(socket); }));
+        RunningBar crashed(*m_home);
+        QVERIFY(crashed.waitForBar() && waitFor([&] { return QFileInfo::exists(socket); }));
         crashed.stop(); // SIGKILL: nothing is cleaned up
     }
     QVERIFY(QFileInfo::exists(lock) && QFileInfo::exists(socket));
+    RunningBar vantril(*m_home);
+    QVERIFY2(vantril.waitForBar(), "no bar took over from the crashed one");
+    QVERIFY(waitFor([&] { return shownAs(vantril.bar(), true); }));
 
-    RunningBar vantril(*m_home, withoutFrontApp());
-    const auto bar = vantril.waitForBar(m_defaultWidth);
-    QVERIFY2(bar, "no bar took over from the crashed one");
-    QCOMPARE(run(*m_home, {QStringLiteral("--toggle")}).status, 0);
-    QVERIFY2(waitFor([&] { return fullyHidden(*bar); }), "the bar that took over does not take commands");
+    // A second start hands its command line over and ends within a second of what any start of the
+    // program takes on this machine; the first bar stays the only one, and shows.
+    const Ran version = run(*m_home, {u"--version"_s});
+    const QList<std::pair<QString, bool>> steps = {{QString(), true},
+                                                   {u"--toggle"_s, false},
+                                                   {u"--toggle"_s, true},
+                                                   {u"--hide"_s, false},
+                                                   {QString(), true}};
+    for (const auto& [argument, shown] : steps) {
+        const Ran ran = run(*m_home, argument.isEmpty() ? QStringList() : QStringList{argument});
+        QCOMPARE(ran.status, 0);
+        QCOMPARE(ran.err, QString());
+        QVERIFY2(ran.ms <= version.ms + 1000,
+                 qPrintable(u"%1 ms, --version %2 ms"_s.arg(ran.ms).arg(version.ms)));
+        QVERIFY2(waitFor([&] { return shownAs(vantril.bar(), shown); }), qPrintable(argument));
+    }
+    QCOMPARE(barsShown(), 1);
+    QCOMPARE(run(*m_home, {u"--open"_s, u"Files"_s}).status, 0);
+    QVERIFY2(waitFor([&] { return vantril.shownFlyout().has_value(); }), "--open Files opened nothing");
+    const Ran unknown = run(*m_home, {u"--open"_s, u"nosuchtitle"_s});
+    QCOMPARE(unknown.status, 1);
+    QCOMPARE(unknown.err, u"vantril: no button is titled \"nosuchtitle\"\n"_s);
 
-    // Another folder has a bar of its own beside it, and its own commands.
-    TestHome other;
-    RunningBar beside(other, withoutFrontApp());
-    QVERIFY2(beside.waitForBar(m_defaultWidth), "no bar for the second folder");
-    QCOMPARE(barsShown(), 2);
-    QCOMPARE(run(other, {QStringLiteral("--quit")}).status, 0);
-    QVERIFY2(beside.process().waitForFinished(windowTimeoutMs), "--quit left the second bar running");
-    QVERIFY(vantril.isRunning());
-    QVERIFY(fullyHidden(*bar));
-
-    // A "folder" that is a file cannot hold a lock: its bar runs all the same, says so, and takes commands.
+    // A "folder" that is a file cannot hold a lock: its bar runs beside the first all the same, says so
+    // once, and takes commands. It finds the hot key taken by the first, and says that once too.
     TestHome broken;
     QVERIFY(writeAll(broken.configDir(), "not a folder"));
-    RunningBar unlocked(broken, withoutFrontApp());
-    QVERIFY2(unlocked.waitForBar(m_defaultWidth), "no bar without a lock");
-    const QString line = QStringLiteral("vantril: cannot make a lock file in \"%1\" (it cannot be created); "
-                                        "running without one\n")
-                             .arg(broken.configDir());
+    RunningBar unlocked(broken);
+    QVERIFY2(unlocked.waitForBar(), "no bar without a lock");
+    const QString line =
+        u"vantril: cannot make a lock file in \"%1\" (it cannot be created); running without one\n"_s.arg(
+            broken.configDir());
     QVERIFY2(waitFor([&] { return unlocked.log().contains(line); }), qPrintable(unlocked.log()));
     QCOMPARE(run(broken, {}).status, 0);
     QCOMPARE(barsShown(), 2);
-    QCOMPARE(run(broken, {QStringLiteral("--quit")}).status, 0);
+    QCOMPARE(run(broken, {u"--quit"_s}).status, 0);
     QVERIFY2(unlocked.process().waitForFinished(windowTimeoutMs), "--quit left the unlocked bar running");
     QCOMPARE(unlocked.log().count(line), 1);
+    QCOMPARE(unlocked.log().count(hotKeyTaken), 1);
+
+    // The answer to --quit comes once the bar has let its folder go.
+    QCOMPARE(run(*m_home, {u"--quit"_s}).status, 0);
+    QVERIFY2(vantril.process().waitForFinished(windowTimeoutMs), "--quit left the bar running");
+    QCOMPARE(vantril.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(vantril.process().exitCode(), 0);
+    QVERIFY(!QFileInfo::exists(lock));
 }
 
 QTEST_MAIN(TestBarEndToEnd)
