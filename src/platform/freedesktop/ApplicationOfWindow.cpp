@@ -52,8 +52,14 @@ std::optional<ApplicationIdentity> applicationOfWindow(const WindowNames& window
     app.windowClass = window.windowClass;
     app.instance = window.instance;
     app.isTerminal = isTerminalClass(window.windowClass);
-    if (const auto entry = DesktopEntries::entryForWindow(window.ownId, window.instance, window.windowClass,
-                                                          executableName)) {
+    // A window that names nothing (one already gone names nothing) matches no entry, and looking through
+    // every installed one for it would be a waste.
+    const bool named = !window.ownId.isEmpty() || !window.instance.isEmpty() ||
+                       !window.windowClass.isEmpty() || !executableName.isEmpty();
+    const auto entry = named ? DesktopEntries::entryForWindow(window.ownId, window.instance,
+                                                              window.windowClass, executableName)
+                             : std::nullopt;
+    if (entry) {
         app.id = entry->id;
         app.name = entry->name;
         app.desktopEntry = entry->id;
