@@ -4,7 +4,8 @@
 
 // GIO, with GObject and what they load (libmount, libblkid, libselinux, libffi), is nearly a tenth of an
 // idle bar's memory and a good part of what the dynamic linker does at start-up, while a bar that only
-// shows itself never needs it. So the code that uses it is a module of its own, loaded on first use.
+// shows itself never needs it. So the code that uses it is a module of its own, loaded on first use; the
+// functions of DesktopEntries load it and call through this table.
 namespace DesktopEntriesModule {
 
 /// What the module exports, through `vantril_desktop_entries()`.

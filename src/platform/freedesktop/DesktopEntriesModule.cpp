@@ -1,7 +1,6 @@
-#include "DesktopEntries.h"
+#include "DesktopEntriesModule.h"
 
 #include "platform/Log.h"
-#include "platform/freedesktop/DesktopEntriesModule.h"
 
 #include <QCoreApplication>
 #include <QDir>
