@@ -74,6 +74,12 @@ inline ButtonSpec button(const QString& title, const QString& action = u"open"_s
     return ButtonSpec::make(title, QString(), action, std::move(argument));
 }
 
+/// A bar of `buttons`, without sets or hot key.
+inline BarConfig barOf(QList<ButtonSpec> buttons)
+{
+    return {std::move(buttons), std::nullopt, std::nullopt};
+}
+
 /// A stack holding `members`.
 inline ButtonSpec stackOf(const QString& title, QList<ButtonSpec> members = {})
 {

@@ -6,7 +6,6 @@
 #include "config/ConfigReader.h"
 #include "config/ConfigWriter.h"
 
-#include <QSet>
 #include <QTest>
 
 class TestFormat : public QObject
@@ -21,18 +20,14 @@ private Q_SLOTS:
     void equalityComparesEveryField();
     void builtInTitlesAreUnique();
 
-private Q_SLOTS:
-    void nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored();
-    void anyLayoutAndKeyOrderIsAccepted();
+    void acceptsAnyLayoutKeyOrderNullsAndUnknownKeys();
     void childrenNestAtAnyDepth();
     void rejectsWhatIsNoDocument_data();
     void rejectsWhatIsNoDocument();
     void survivesHostileInput();
 
-private Q_SLOTS:
     void exampleDocumentIsWrittenByteForByte();
     void keepsAbsentFalseAndEmptyApart();
-    void emptyListsAndDocumentLayout();
     void escapesStrings_data();
     void escapesStrings();
     void roundTripsEverything();
@@ -89,14 +84,11 @@ void TestFormat::tintFollowsColorThenStackMemberThenKind()
 
 void TestFormat::colorNamesAreExact()
 {
+    // Red, green, purple and white are the tints above.
     QCOMPARE(ButtonSpec::colorNamed(u"orange"_s), ChipColor::Orange);
-    QCOMPARE(ButtonSpec::colorNamed(u"green"_s), ChipColor::Green);
-    QCOMPARE(ButtonSpec::colorNamed(u"purple"_s), ChipColor::Purple);
     QCOMPARE(ButtonSpec::colorNamed(u"yellow"_s), ChipColor::Yellow);
-    QCOMPARE(ButtonSpec::colorNamed(u"white"_s), ChipColor::White);
     for (const char* name : {"cyan", "blue", "Red", "Cyan", " red", ""})
         QCOMPARE(ButtonSpec::colorNamed(QString::fromUtf8(name)), ChipColor::Cyan);
-    QCOMPARE(button(u"t"_s, u"mystery"_s).tint(), ChipColor::White);
 }
 
 void TestFormat::equalityComparesEveryField()
@@ -112,24 +104,15 @@ void TestFormat::equalityComparesEveryField()
     QVERIFY(differs([](ButtonSpec& b) { b.iconPath = u"i"_s; }));
     QVERIFY(differs([](ButtonSpec& b) { b.locked = false; }));
     QVERIFY(differs([](ButtonSpec& b) { b.children = QList<ButtonSpec>(); }));
-
-    BarConfig a;
-    BarConfig b;
-    QCOMPARE(a, b);
-    b.appSets = QList<AppSet>();
-    QVERIFY(a != b); // an empty list is not the same as no list
 }
 
 void TestFormat::builtInTitlesAreUnique()
 {
     // Titles are identities: the built-in buttons must not clash, at any depth.
-    QStringList titles;
-    for (const ButtonSpec& top : Config::defaults().buttons) {
-        titles.append(top.title);
-        for (const ButtonSpec& member : top.children.value_or(QList<ButtonSpec>()))
-            titles.append(member.title);
-    }
-    QCOMPARE(QSet<QString>(titles.begin(), titles.end()).size(), titles.size());
+    QStringList all;
+    for (const ButtonSpec& top : Config::defaults().buttons)
+        all += QStringList{top.title} + titles(top.children.value_or(QList<ButtonSpec>()));
+    QCOMPARE(all.removeDuplicates(), 0);
 }
 
 namespace {
@@ -141,7 +124,7 @@ QByteArray doc(const char* buttons)
 
 } // namespace
 
-void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
+void TestFormat::acceptsAnyLayoutKeyOrderNullsAndUnknownKeys()
 {
     const auto config = ConfigReader::decode(R"({
         "buttons": [{"title":"A","symbol":"s","action":"x","argument":null,"color":null,"iconPath":null,
@@ -150,8 +133,6 @@ void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
     QVERIFY(config);
     // Null reads as absent, as a button without those keys has them.
     QCOMPARE(config->buttons, QList<ButtonSpec>{ButtonSpec::make(u"A"_s, u"s"_s, u"x"_s)});
-    const ButtonSpec& button = config->buttons.first();
-    QVERIFY(!button.argument && !button.color && !button.iconPath && !button.locked && !button.children);
     QVERIFY(!config->appSets);
     QVERIFY(!config->hotkey);
 
@@ -160,21 +141,18 @@ void TestFormat::nullOptionalsReadAsAbsentAndUnknownKeysAreIgnored()
     QVERIFY(withFalse);
     QCOMPARE(withFalse->buttons.first().locked, std::optional<bool>(false));
     QCOMPARE(withFalse->buttons.first().children, std::optional<QList<ButtonSpec>>(QList<ButtonSpec>()));
-}
 
-void TestFormat::anyLayoutAndKeyOrderIsAccepted()
-{
     const auto result = ConfigReader::read("\xEF\xBB\xBF{\"hotkey\":\"ctrl+opt+b\",\"appSets\":[{\"name\":"
                                            "\"Mail\",\"buttons\":[],\"app\":\"m\"}],"
                                            "\"buttons\":[{\"action\":\"url\",\"argument\":\"https:\\/\\/"
                                            "x\",\"title\":\"\\u00e9\",\"symbol\":\"\"}]}");
     QVERIFY2(result.config, qPrintable(result.error));
-    const auto& config = result.config;
-    QCOMPARE(config->hotkey, std::optional<QString>(u"ctrl+opt+b"_s));
-    QCOMPARE(config->appSets->size(), 1);
-    QCOMPARE(config->appSets->first().app, u"m"_s);
-    QCOMPARE(config->buttons.first().argument, std::optional<QString>(u"https://x"_s));
-    QCOMPARE(config->buttons.first().title, u"é"_s);
+    const auto& reordered = result.config;
+    QCOMPARE(reordered->hotkey, std::optional<QString>(u"ctrl+opt+b"_s));
+    QCOMPARE(reordered->appSets->size(), 1);
+    QCOMPARE(reordered->appSets->first().app, u"m"_s);
+    QCOMPARE(reordered->buttons.first().argument, std::optional<QString>(u"https://x"_s));
+    QCOMPARE(reordered->buttons.first().title, u"é"_s);
 }
 
 void TestFormat::childrenNestAtAnyDepth()
@@ -278,8 +256,7 @@ void TestFormat::survivesHostileInput()
             QVERIFY(!result.config);
         QVERIFY(result.config || !result.error.isEmpty());
     }
-    QByteArray arrays(200000, '[');
-    QVERIFY(!ConfigReader::decode(arrays));
+    QVERIFY(!ConfigReader::decode(QByteArray(200000, '[')));
     QVERIFY(!ConfigReader::decode(QByteArray("{\"buttons\":[\0]}", 15)));
     QVERIFY(!ConfigReader::decode(QByteArray(1 << 20, '\0')));
 }
@@ -330,9 +307,7 @@ const char* const exampleText = R"({
 
 QByteArray withButton(const ButtonSpec& spec)
 {
-    BarConfig config;
-    config.buttons = {spec};
-    return ConfigWriter::write(config);
+    return ConfigWriter::write(barOf({spec}));
 }
 
 } // namespace
@@ -371,12 +346,10 @@ void TestFormat::keepsAbsentFalseAndEmptyApart()
     ButtonSpec unlocked = bare;
     unlocked.locked = false;
     QVERIFY(withButton(unlocked).contains("\"locked\" : false,"));
-    QVERIFY(!withButton(bare).contains("locked"));
 
     ButtonSpec emptyStack = bare;
     emptyStack.children = QList<ButtonSpec>();
     QVERIFY(withButton(emptyStack).contains("\"children\" : [\n\n      ],\n"));
-    QVERIFY(!withButton(bare).contains("children"));
 
     ButtonSpec emptyTexts = bare;
     emptyTexts.argument = QString();
@@ -386,10 +359,7 @@ void TestFormat::keepsAbsentFalseAndEmptyApart()
     QVERIFY(text.contains("\"argument\" : \"\",") && text.contains("\"color\" : \"\",") &&
             text.contains("\"iconPath\" : \"\","));
     QCOMPARE(ConfigReader::decode(text)->buttons.first(), emptyTexts);
-}
 
-void TestFormat::emptyListsAndDocumentLayout()
-{
     BarConfig empty;
     QCOMPARE(ConfigWriter::write(empty), QByteArray("{\n  \"buttons\" : [\n\n  ]\n}"));
 
@@ -449,8 +419,7 @@ void TestFormat::roundTripsEverything()
     ButtonSpec top = button(u"top"_s, u"group"_s);
     top.children = QList<ButtonSpec>{middle, button(u"sibling"_s)};
     top.color = u"Blue"_s;
-    BarConfig config;
-    config.buttons = {top};
+    BarConfig config = barOf({top});
     config.appSets = QList<AppSet>{{u"x"_s, u"X"_s, {button(u"s"_s)}}, {u"x"_s, u"X again"_s, {}}};
     const QByteArray text = ConfigWriter::write(config);
     QVERIFY(!text.endsWith('\n'));

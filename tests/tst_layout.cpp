@@ -21,8 +21,7 @@ class TestLayout : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void defaultPlaceIsCentredNearTheEdge();
-    void savedPlaceIsClampedIntoTheAvailableArea();
+    void placeIsNearTheEdgeAndInsideTheAvailableArea();
     void hostileNumbersKeepTheBarOnScreen_data();
     void hostileNumbersKeepTheBarOnScreen();
     void fractionsRoundTrip();
@@ -37,7 +36,6 @@ private Q_SLOTS:
     void overflowFlyoutFillsColumns_data();
     void overflowFlyoutFillsColumns();
 
-private Q_SLOTS:
     void folderListings_data();
     void folderListings();
     void longFoldersShowTheFirstEntriesAndCountTheRest_data();
@@ -53,28 +51,18 @@ const QRect panelsTopAndBottom(0, 25, 1440, 850); // 25 pixels at each end
 
 } // namespace
 
-void TestLayout::defaultPlaceIsCentredNearTheEdge()
+void TestLayout::placeIsNearTheEdgeAndInsideTheAvailableArea()
 {
+    // Centred by default.
     QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, false),
              QPoint(570, 819)); // 31 above the bottom of the screen
     QCOMPARE(Geometry::defaultOrigin(QSize(300, 50), panelAtBottom, true), QPoint(570, 6));
     QCOMPARE(Geometry::defaultOrigin(QSize(301, 40), QRect(1440, 0, 1920, 1080), false),
              QPoint(1440 + 810, 1034));
-}
-
-void TestLayout::savedPlaceIsClampedIntoTheAvailableArea()
-{
-    // Saved at the very bottom of the screen: lifted onto the available area.
-    QCOMPARE(Geometry::originFromFractions({0.25, 0}, QSize(300, 40), screen, panelsTopAndBottom),
-             QPoint(360, 835));
-    // Too far right: pushed back so the whole bar shows.
-    QCOMPARE(Geometry::originFromFractions({0.95, 0.5}, QSize(300, 40), screen, panelsTopAndBottom).x(),
-             1140);
-    // Wider than the area: pinned to its left edge; taller: pinned to its bottom.
+    // Wider than the area: pinned to its left edge; taller: pinned to its bottom. Places off the area on
+    // every side are in hostileNumbersKeepTheBarOnScreen.
     QCOMPARE(Geometry::clampToAvailable(QPoint(500, 100), QSize(2000, 40), panelsTopAndBottom).x(), 0);
     QCOMPARE(Geometry::clampToAvailable(QPoint(0, 0), QSize(100, 1000), panelsTopAndBottom).y(), 875 - 1000);
-    // Above the area: moved down into it.
-    QCOMPARE(Geometry::clampToAvailable(QPoint(10, 0), QSize(100, 40), panelsTopAndBottom), QPoint(10, 25));
 }
 
 void TestLayout::hostileNumbersKeepTheBarOnScreen_data()

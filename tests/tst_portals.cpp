@@ -144,16 +144,6 @@ private:
     int m_tokens = 0;
 };
 
-QStringList callsStartingWith(const QStringList& calls, const QString& prefix)
-{
-    QStringList found;
-    for (const QString& call : calls) {
-        if (call.startsWith(prefix))
-            found.append(call);
-    }
-    return found;
-}
-
 } // namespace
 
 class TestPortals : public QObject
@@ -258,8 +248,8 @@ void TestPortals::activationTogglesAndAChangeRebinds()
     // session binds once.
     hotkey.update(u"ctrl+opt+b"_s);
     hotkey.update(u"ctrl+shift+f5"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(callsStartingWith(m_portal->calls, u"GlobalShortcuts.BindShortcuts"_s).size(),
-                              2, deadlineMs);
+    QTRY_COMPARE_WITH_TIMEOUT(m_portal->calls.filter(u"GlobalShortcuts.BindShortcuts"_s).size(), 2,
+                              deadlineMs);
     QCOMPARE(m_portal->calls.mid(2), QStringList({u"Session.Close"_s, u"GlobalShortcuts.CreateSession"_s,
                                                   QStringLiteral("GlobalShortcuts.BindShortcuts toggle "
                                                                  "CTRL+SHIFT+F5 \"Show or hide the bar\"")}));
@@ -267,7 +257,6 @@ void TestPortals::activationTogglesAndAChangeRebinds()
     m_portal->activate(first, u"toggle"_s);
     m_portal->activate(m_portal->shortcutSession, u"toggle"_s);
     QTRY_COMPARE_WITH_TIMEOUT(toggles, 2, deadlineMs);
-    QCOMPARE(toggles, 2);
 }
 
 void TestPortals::hotkeyFallsBackToTheX11Grab_data()
@@ -338,11 +327,11 @@ void TestPortals::keysAreTypedAsKeysyms()
         else
             chips.press(combo);
     }
-    QTRY_COMPARE_WITH_TIMEOUT(callsStartingWith(m_portal->calls, u"key"_s), keys + keys, deadlineMs);
+    QTRY_COMPARE_WITH_TIMEOUT(m_portal->calls.filter(u"key "_s), keys + keys, deadlineMs);
     // One session for every combination, typed by the portal alone.
-    QCOMPARE(callsStartingWith(m_portal->calls, u"RemoteDesktop.CreateSession"_s).size(), 1);
+    QCOMPARE(m_portal->calls.filter(u"RemoteDesktop.CreateSession"_s).size(), 1);
     QCOMPARE(input.status().state, PortalStatus::State::InUse);
-    QVERIFY(callsStartingWith(fake.calls, u"post"_s).isEmpty());
+    QVERIFY(fake.calls.filter(u"post "_s).isEmpty());
     fake.runPending();
     QCOMPARE(fake.clipboardText, u"the user's"_s);
 }
@@ -395,9 +384,9 @@ void TestPortals::keysFallBackWithoutThePortal()
     chips.press(u"ctrl+t"_s);
     QTRY_COMPARE_WITH_TIMEOUT(input.status().state, state, deadlineMs);
     chips.press(u"ctrl+t"_s);
-    QVERIFY(callsStartingWith(m_portal->calls, u"key"_s).isEmpty());
+    QVERIFY(m_portal->calls.filter(u"key "_s).isEmpty());
     if (x11InFront) {
-        QCOMPARE(callsStartingWith(fake.calls, u"post"_s).size(), 2);
+        QCOMPARE(fake.calls.filter(u"post "_s).size(), 2);
         QVERIFY(log.text().isEmpty());
     } else {
         QCOMPARE(fake.calls, QStringList({u"beep"_s, u"beep"_s}));
@@ -407,7 +396,7 @@ void TestPortals::keysFallBackWithoutThePortal()
                  qPrintable(lines.first()));
     }
     // The desktop is asked once per run, not at every chip.
-    QVERIFY(callsStartingWith(m_portal->calls, u"RemoteDesktop.CreateSession"_s).size() <= 1);
+    QVERIFY(m_portal->calls.filter(u"RemoteDesktop.CreateSession"_s).size() <= 1);
 }
 
 QTEST_GUILESS_MAIN(TestPortals)

@@ -1,6 +1,5 @@
 #include "TestSupport.h"
 
-#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 
@@ -30,8 +29,6 @@ void TestProgram::withoutDisplay_data()
     };
     // The command line works without a display.
     row(u"keys parsed"_s, {u"--parse-keys"_s, u"cmd+v"_s}, "", 0, "keyCode=9 flags=1048576 carbon=256\n", "");
-    row(u"keys that do not parse"_s, {u"--parse-keys"_s, u"cmd"_s}, "", 0, "invalid\n", "");
-    row(u"a file checked"_s, {u"--check"_s, u"missing.json"_s}, "", 1, "missing.json: cannot read…", "");
     row(u"no display"_s, {}, "", 1, "", "vantril: no X display…");
     row(u"a display that cannot be opened"_s, {}, ":4711", 1, "",
         "vantril: cannot open the X display \":4711\"\n");

@@ -2,13 +2,11 @@
 //   testwindow keys LOG TEXT        takes the keyboard focus; each key press appends its modifiers and
 //                                   Qt's name for the key to LOG ("ctrl,shift+Key_Dollar", "Key_B"), and
 //                                   the line edit's whole text replaces TEXT when it changes.
-//   testwindow clicks LOG X Y W H   a borderless window at that place; each mouse press appends
-//                                   "1 at 700,870" to LOG: the button, in screen coordinates.
 //   testwindow drag PATH...         a left press starts one drag of the files over XDND; standard output
 //                                   gets "started" when it begins and "finished" when it ends, so that a
 //                                   test moves the pointer only once the drag owns it.
 //   testwindow app CLASS            an ordinary application window.
-// Windows are titled "keyprobe", "clickprobe", "dragsource" and CLASS, and carry that as their class too.
+// Windows are titled "keyprobe", "dragsource" and CLASS, and carry that as their class too.
 // A copy under any other name is a stray program: started, it only writes "ran" into a file named after
 // itself with ".ran" added, so that a test sees whether anything started it.
 
@@ -37,7 +35,7 @@ public:
         , m_args(args)
         , m_log(args.value(0))
     {
-        if (mode == u"keys"_s || mode == u"clicks"_s)
+        if (mode == u"keys"_s)
             m_log.open(QIODevice::WriteOnly | QIODevice::Append);
         // Replaced in one step, so that a reader never sees a half-written file.
         connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -45,13 +43,7 @@ public:
             if (m_mode == u"keys"_s && file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0)
                 file.commit();
         });
-        if (mode == u"clicks"_s) {
-            setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
-            setGeometry(args.value(1).toInt(), args.value(2).toInt(), args.value(3).toInt(),
-                        args.value(4).toInt());
-        } else {
-            resize(320, 160);
-        }
+        resize(320, 160);
     }
 
 protected:
@@ -73,10 +65,7 @@ protected:
 
     void mousePressEvent(QMouseEvent* event) override
     {
-        const QPoint at = event->globalPosition().toPoint();
-        if (m_mode == u"clicks"_s)
-            note(u"%1 at %2,%3"_s.arg(int(event->button())).arg(at.x()).arg(at.y()));
-        else if (m_mode == u"drag"_s && event->button() == Qt::LeftButton)
+        if (m_mode == u"drag"_s && event->button() == Qt::LeftButton)
             drag();
         else
             QLineEdit::mousePressEvent(event);
@@ -130,8 +119,7 @@ int main(int argc, char** argv)
     const QStringList args = QApplication::arguments().mid(2);
     const QString title = mode == u"app"_s    ? args.value(0)
                           : mode == u"keys"_s ? u"keyprobe"_s
-                          : mode == u"drag"_s ? u"dragsource"_s
-                                              : u"clickprobe"_s;
+                                              : u"dragsource"_s;
     // The xcb plugin reads the window's class from the application name when the first window is created.
     QApplication::setApplicationName(title);
     TestWindow window(mode, args);

@@ -198,24 +198,14 @@ bool waitUntilDrawn(const QRect& area)
         windowTimeoutMs, 150);
 }
 
-QList<quintptr> unmanagedWindows()
-{
-    QList<quintptr> windows;
-    for (const xcb_window_t window : treeOf(root()).second) {
-        if (isOverrideRedirect(window))
-            windows.append(window);
-    }
-    return windows;
-}
-
 QList<quintptr> topLevelWindows()
 {
     QList<quintptr> windows;
     for (const quint32 window : values(root(), "_NET_CLIENT_LIST"))
         windows.append(window);
     const quint32 dock = atom("_NET_WM_WINDOW_TYPE_DOCK");
-    for (const quintptr window : unmanagedWindows()) {
-        if (values(window, "_NET_WM_WINDOW_TYPE").contains(dock))
+    for (const xcb_window_t window : treeOf(root()).second) {
+        if (isOverrideRedirect(window) && values(window, "_NET_WM_WINDOW_TYPE").contains(dock))
             windows.append(window);
     }
     return windows;
@@ -309,20 +299,6 @@ bool placeWindow(quintptr window, const QRect& frame)
         xdotool({u"windowsize"_s, id, QString::number(frame.width()), QString::number(frame.height())});
         return frameOf(window) == frame;
     });
-}
-
-bool switchWorkspace(int number)
-{
-    // i3 makes workspaces as they are asked for, and names them from 1.
-    if (underI3())
-        return QProcess::execute(u"i3-msg"_s, {u"-q"_s, u"workspace"_s, QString::number(number + 1)}) == 0;
-    // KWin starts with a single workspace.
-    if (values(root(), "_NET_NUMBER_OF_DESKTOPS").value(0) <= quint32(number)) {
-        xdotool({u"set_num_desktops"_s, QString::number(number + 1)});
-        waitFor([&] { return values(root(), "_NET_NUMBER_OF_DESKTOPS").value(0) > quint32(number); });
-    }
-    return xdotool({u"set_desktop"_s, QString::number(number)}) &&
-           waitFor([&] { return values(root(), "_NET_CURRENT_DESKTOP") == QList<quint32>{quint32(number)}; });
 }
 
 TestProcess::TestProcess(const QString& program, const QStringList& arguments,
@@ -479,20 +455,6 @@ std::optional<quintptr> RunningBar::openFlyout(const QString& title)
         !waitFor([&] { return (flyout = shownFlyout()) && frameOf(*flyout).height() > 16; }))
         return std::nullopt;
     return flyout;
-}
-
-bool RunningBar::openMenu(const QPoint& global)
-{
-    // A popup is no managed window; tooltips, and the bar and its flyouts under a tiling manager, are not
-    // either, and say what they are.
-    const QList<quint32> notMenus = {atom("_NET_WM_WINDOW_TYPE_TOOLTIP"), atom("_NET_WM_WINDOW_TYPE_DOCK")};
-    return clickAt(global, 3) && waitFor([&] {
-               const QList<quintptr> windows = unmanagedWindows();
-               return std::any_of(windows.begin(), windows.end(), [&](quintptr window) {
-                   return pidOf(window) == pid() && isViewable(window) &&
-                          !notMenus.contains(values(window, "_NET_WM_WINDOW_TYPE").value(0));
-               });
-           });
 }
 
 QPoint secondRowOf(const QRect& flyout)

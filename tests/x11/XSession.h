@@ -10,11 +10,13 @@
 
 #include <QDir>
 #include <QHash>
+#include <QMouseEvent>
 #include <QPoint>
 #include <QProcess>
 #include <QRect>
 #include <QRectF>
 #include <QTemporaryDir>
+#include <QWidget>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -58,8 +60,6 @@ bool isCompositing();
 /// over before its pixels are read; at once without one.
 bool waitUntilDrawn(const QRect& area);
 
-/// The windows nobody manages: popups, tooltips, and the bar and its flyouts under a tiling manager.
-QList<quintptr> unmanagedWindows();
 /// The windows the window manager manages, and the docks nobody manages.
 QList<quintptr> topLevelWindows();
 QString windowName(quintptr window);
@@ -83,8 +83,17 @@ void raiseFrameToTop(quintptr window);
 /// Moves and sizes a client window to `frame` and waits until it is there; a tiling manager is told to
 /// let it float first.
 bool placeWindow(quintptr window, const QRect& frame);
-/// Makes workspace `number`, counted from 0, the current one.
-bool switchWorkspace(int number);
+
+/// A window of the test's own that notes where on the screen each press on it was.
+class PressRecorder : public QWidget
+{
+public:
+    using QWidget::QWidget;
+    QList<QPoint> presses;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override { presses.append(event->globalPosition().toPoint()); }
+};
 
 /// A program started for a test. Its standard error is kept; its end, when it goes out of scope, waits
 /// until the window manager no longer lists its windows, so that none lingers into the next step.
@@ -121,11 +130,6 @@ inline Variables withoutFrontApp(Variables variables = {})
 {
     variables.prepend({u"VANTRIL_CONTEXT_APP"_s, u"none"_s});
     return variables;
-}
-
-inline BarConfig barOf(QList<ButtonSpec> buttons)
-{
-    return {std::move(buttons), std::nullopt, std::nullopt};
 }
 
 /// Folders of one test: the program's configuration folder and an XDG config home, inside a fresh
@@ -198,8 +202,6 @@ public:
     std::optional<quintptr> shownFlyout() const { return shownWindow(u"Vantril flyout"_s); }
     /// Taps chip `title` once no flyout is open, and waits for its flyout to be open with rows in it.
     std::optional<quintptr> openFlyout(const QString& title);
-    /// Right-clicks at `global` and waits for the program's menu.
-    bool openMenu(const QPoint& global);
 
 private:
     QString m_buttonsJson;
