@@ -779,7 +779,7 @@ void TestEditing::buttonCommandsChangeTheDocument()
     DragState drag;
     drag.setBarFrames(framesOf(cfg, cfg.appSets->first().buttons));
     ContextTracker context(platform.frontApplication());
-    context.fix(ContextApp{u"Editor"_s, u"Editor"_s});
+    context.fix(AppContext::fromEnvironment(u"Editor|Editor"_s));
     ButtonCommands commands(document, platform, drag, context);
 
     const ButtonSpec spec = Editing::button(cfg, title).value_or(button(title));

@@ -341,7 +341,11 @@ void TestX11::pointerSampledOnItsBeat()
     QTRY_COMPARE(samples.last().buttons, int(Qt::LeftButton | Qt::RightButton));
     QVERIFY(xdotool({u"mouseup"_s, u"3"_s, u"mouseup"_s, u"1"_s}));
     QTRY_COMPARE(samples.last().buttons, 0);
+    // Stopped, it is silent: an idle bar must not wake (a wait already sent is dropped, not reported).
     ticker.stop();
+    const qsizetype stopped = samples.size();
+    QTest::qWait(4 * 50);
+    QCOMPARE(samples.size(), stopped);
 }
 
 QTEST_MAIN(TestX11)
