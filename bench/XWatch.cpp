@@ -3,9 +3,10 @@
 // process or a key event after a click. Every figure is read off the monotonic clock when the event
 // arrives, so it is as precise as this process is quick to be scheduled (about a millisecond).
 //
-//   bench_xwatch start COMMAND [ARGS...]
-//       starts COMMAND, prints "pid mapped_ms painted_ms" once its first window is mapped and painted,
-//       then waits for it to end and exits with its status
+//   bench_xwatch start [NAME=VALUE...] COMMAND [ARGS...]
+//       starts COMMAND with NAME=VALUE in its environment (set here rather than through env(1), whose
+//       own start would count against the program), prints "pid mapped_ms painted_ms" once its first window
+//       is mapped and painted, then waits for it to end and exits with its status
 //   bench_xwatch reload PID FILE FIRST SECOND COUNT
 //       COUNT times, puts FIRST and SECOND in turn in the place of FILE (written beside it and renamed
 //       over it, as editors save) and prints the milliseconds until PID's window is painted again
@@ -336,6 +337,8 @@ int start(char** command)
     if (pid < 0)
         fail("could not fork");
     if (pid == 0) {
+        for (; *command && std::strchr(*command, '='); ++command)
+            putenv(*command);
         execvp(command[0], command);
         _exit(127);
     }

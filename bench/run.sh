@@ -80,7 +80,7 @@ folder() {
 bar() {
     local dir=$1
     shift
-    launch env VANTRIL_CONFIG_DIR="$dir" XDG_CONFIG_HOME="$dir/xdg" "$@" "$vantril"
+    launch VANTRIL_CONFIG_DIR="$dir" XDG_CONFIG_HOME="$dir/xdg" "$@" "$vantril"
 }
 
 stop() {

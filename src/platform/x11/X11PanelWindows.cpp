@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <vector>
 #include <xcb/shape.h>
 
@@ -26,6 +27,15 @@ int defaultScreenNumber()
         return 0;
     const auto ownedHost = adoptReply(host);
     return screen;
+}
+
+/// The atoms of an ATOM property, or nothing when it is missing or of another format.
+std::optional<std::vector<std::uint32_t>> atomList(const xcb_get_property_reply_t* reply)
+{
+    if (!reply || reply->format != 32)
+        return std::nullopt;
+    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply));
+    return std::vector<std::uint32_t>(atoms, atoms + xcb_get_property_value_length(reply) / 4);
 }
 
 } // namespace
@@ -69,11 +79,16 @@ void X11PanelWindows::prepareDock(quintptr windowId)
     xcb_connection_t* connection = qtXcbConnection();
     const auto window = static_cast<xcb_window_t>(windowId);
 
+    // Asked all at once: one wait for the server instead of three while the window waits to be mapped.
+    const auto hintsAsked =
+        xcb_get_property(connection, 0, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 0, WmHintsFields);
+    const auto protocolsAsked =
+        xcb_get_property(connection, 0, window, m_atoms[Protocols], XCB_ATOM_ATOM, 0, 32);
+    const auto supportedAsked =
+        xcb_get_property(connection, 0, rootWindow(connection), m_atoms[Supported], XCB_ATOM_ATOM, 0, 4096);
+
     // Qt keeps its window group and initial state in WM_HINTS; only the input field is ours to change.
-    const auto current = adoptReply(xcb_get_property_reply(
-        connection,
-        xcb_get_property(connection, 0, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 0, WmHintsFields),
-        nullptr));
+    const auto current = adoptReply(xcb_get_property_reply(connection, hintsAsked, nullptr));
     std::array<std::uint32_t, WmHintsFields> hints{};
     if (current && current->format == 32) {
         const int count = std::min(xcb_get_property_value_length(current.get()) / 4, WmHintsFields);
@@ -85,7 +100,8 @@ void X11PanelWindows::prepareDock(quintptr windowId)
     hints[1] = 0;
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32,
                         WmHintsFields, hints.data());
-    dropTakeFocus(window);
+    dropTakeFocus(window,
+                  atomList(adoptReply(xcb_get_property_reply(connection, protocolsAsked, nullptr)).get()));
 
     // Tiling managers have no stacking layers (they leave _NET_WM_STATE_ABOVE out of _NET_SUPPORTED). i3
     // stretches a dock into a full-width strip, and gives the keyboard focus to any window it manages that
@@ -93,7 +109,8 @@ void X11PanelWindows::prepareDock(quintptr windowId)
     // application that keys and pastes are meant for. A window it does not manage at all is left where it
     // is put, on every workspace, and never focused; keeping it above the tiles is then this program's
     // job. Stacking managers keep managing the panel: they stack docks above other windows themselves.
-    const bool unmanaged = !managerHasLayers();
+    const bool unmanaged = !managerHasLayers(
+        atomList(adoptReply(xcb_get_property_reply(connection, supportedAsked, nullptr)).get()));
     const std::uint32_t overrideRedirect = unmanaged ? 1 : 0;
     xcb_change_window_attributes(connection, window, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
     if (unmanaged)
@@ -114,41 +131,31 @@ void X11PanelWindows::prepareDock(quintptr windowId)
     xcb_flush(connection);
 }
 
-bool X11PanelWindows::managerHasLayers()
+bool X11PanelWindows::managerHasLayers(const std::optional<std::vector<std::uint32_t>>& supported) const
 {
-    xcb_connection_t* connection = qtXcbConnection();
-    const auto supported = adoptReply(xcb_get_property_reply(
-        connection,
-        xcb_get_property(connection, 0, rootWindow(connection), m_atoms[Supported], XCB_ATOM_ATOM, 0, 4096),
-        nullptr));
     // Without a window manager (or one that names no hints) nothing stretches a dock either.
-    if (!supported || supported->format != 32 || xcb_get_property_value_length(supported.get()) == 0)
+    if (!supported || supported->empty())
         return true;
-    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(supported.get()));
-    const int count = xcb_get_property_value_length(supported.get()) / 4;
-    return std::find(atoms, atoms + count, m_atoms[StateAbove]) != atoms + count;
+    return std::find(supported->begin(), supported->end(), m_atoms[StateAbove]) != supported->end();
 }
 
-void X11PanelWindows::dropTakeFocus(std::uint32_t window)
+void X11PanelWindows::dropTakeFocus(std::uint32_t window,
+                                    const std::optional<std::vector<std::uint32_t>>& protocols)
 {
     // Qt offers WM_TAKE_FOCUS on every window. With input False that is the ICCCM's "globally active"
     // model: marco, on a click, first moves the focus to a window of its own (_NET_ACTIVE_WINDOW becomes
     // None) and then asks the panel to take it, which it never does, so keys and pastes went nowhere.
     // Without it the panel is "no input" and no window manager gives it the focus.
-    xcb_connection_t* connection = qtXcbConnection();
-    const auto protocols = adoptReply(xcb_get_property_reply(
-        connection, xcb_get_property(connection, 0, window, m_atoms[Protocols], XCB_ATOM_ATOM, 0, 32),
-        nullptr));
-    if (!protocols || protocols->format != 32)
+    if (!protocols)
         return;
-    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(protocols.get()));
-    std::vector<xcb_atom_t> kept(atoms, atoms + xcb_get_property_value_length(protocols.get()) / 4);
+    std::vector<xcb_atom_t> kept = *protocols;
     const auto end = std::remove(kept.begin(), kept.end(), m_atoms[TakeFocus]);
     if (end == kept.end())
         return;
     kept.erase(end, kept.end());
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, m_atoms[Protocols], XCB_ATOM_ATOM, 32,
-                        static_cast<std::uint32_t>(kept.size()), kept.data());
+    xcb_change_property(qtXcbConnection(), XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window),
+                        m_atoms[Protocols], XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(kept.size()),
+                        kept.data());
 }
 
 bool X11PanelWindows::isCompositing()

@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 /// Dock hints through EWMH properties and click-through through the SHAPE extension's input region,
 /// written on Qt's own X connection. Under a window manager that tiles, panels are override-redirect
@@ -37,8 +39,8 @@ private:
     };
 
     bool ensureAtoms();
-    bool managerHasLayers();
-    void dropTakeFocus(std::uint32_t window);
+    bool managerHasLayers(const std::optional<std::vector<std::uint32_t>>& supported) const;
+    void dropTakeFocus(std::uint32_t window, const std::optional<std::vector<std::uint32_t>>& protocols);
 
     // xcb_atom_t, kept as a plain integer so that this header stays free of xcb.
     std::array<std::uint32_t, AtomCount> m_atoms{};
