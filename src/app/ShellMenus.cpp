@@ -12,7 +12,6 @@ ShellMenus::ShellMenus(Preferences& preferences, const BarHandlers& handlers, QO
     : QObject(parent)
     , m_preferences(preferences)
     , m_handlers(handlers)
-    , m_barMenu(std::make_unique<QMenu>())
 {}
 
 ShellMenus::~ShellMenus() = default;
@@ -25,6 +24,9 @@ void ShellMenus::fill(QMenu& menu)
 
 void ShellMenus::showBarMenu(const QPoint& globalPos)
 {
+    // Made on first use: a menu is a window, and the bar shows sooner without making one it may not need.
+    if (!m_barMenu)
+        m_barMenu = std::make_unique<QMenu>();
     fill(*m_barMenu);
     m_barMenu->popup(globalPos);
 }
