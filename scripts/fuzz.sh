@@ -10,7 +10,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-60}
 shift $(($# > 0 ? 1 : 0))
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(document keycombo droptarget folderlisting desktopentry)
+[ ${#targets[@]} -eq 0 ] && targets=(document keycombo droptarget folderlisting desktopentry symbolstore)
 if [ -n "${RUNS:-}" ]; then limit=(-runs="$RUNS"); else limit=(-max_total_time="$seconds"); fi
 
 status=0

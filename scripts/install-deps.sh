@@ -7,7 +7,7 @@ set -euo pipefail
 
 build_packages=(cmake make g++ pkg-config qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libgl-dev
     libxcb1-dev libxcb-xtest0-dev libxcb-keysyms1-dev libx11-dev libglib2.0-dev
-    libxcb-xinput-dev libxcb-shape0-dev libxcb-sync-dev
+    libxcb-xinput-dev libxcb-shape0-dev libxcb-sync-dev libfontconfig-dev
     libqt6svg6 shared-mime-info xdg-utils adwaita-icon-theme dbus)
 # openbox for every end-to-end test; xfwm4, fluxbox and i3 for the part of the window-manager matrix
 # `make test` runs; mutter, weston and xwayland for the headless Wayland sessions; the validators of the

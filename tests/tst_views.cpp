@@ -14,6 +14,7 @@
 #include "bar/FlyoutView.h"
 #include "bar/FolderListing.h"
 #include "bar/SymbolNames.h"
+#include "bar/SymbolStore.h"
 #include "bar/SymbolView.h"
 #include "config/Config.h"
 #include "config/Presets.h"
@@ -65,6 +66,8 @@ private Q_SLOTS:
     void editorHandsOverOnlyWhatIsSaved();
 
     void iconsAreSmallAndNeverMissing();
+    void symbolsComeBackOnlyFromTheSameThemes_data();
+    void symbolsComeBackOnlyFromTheSameThemes();
 };
 
 namespace {
@@ -560,6 +563,47 @@ void TestViews::iconsAreSmallAndNeverMissing()
     }
     // "~" and the home folder's path are one entry: the same cached image, not a second lookup.
     QCOMPARE(IconCache::image(u"~"_s).cacheKey(), IconCache::image(QDir::homePath()).cacheKey());
+}
+
+void TestViews::symbolsComeBackOnlyFromTheSameThemes_data()
+{
+    QImage red(24, 24, QImage::Format_ARGB32_Premultiplied);
+    red.fill(Qt::red);
+    red.setDevicePixelRatio(1.5);
+    const QHash<QString, QImage> kept = {{u"no-theme-has-this|#ffffffff|24"_s, red},
+                                         {u"🙂|#ffffffff|24"_s, QImage()}};
+    const QByteArray file = SymbolStore::encode(kept, "themes as they were");
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QByteArray>("stamp");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("the same themes") << file << QByteArray("themes as they were") << true;
+    QTest::newRow("themes changed since") << file << QByteArray("themes as they are") << false;
+    QTest::newRow("cut short") << file.left(file.size() - 7) << QByteArray("themes as they were") << false;
+    QTest::newRow("longer than written") << file + "x" << QByteArray("themes as they were") << false;
+    QTest::newRow("none yet") << QByteArray() << QByteArray("themes as they were") << false;
+    QTest::newRow("not such a file") << QByteArray(4096, '\xff') << QByteArray("themes as they were")
+                                     << false;
+}
+
+void TestViews::symbolsComeBackOnlyFromTheSameThemes()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QByteArray, stamp);
+    QFETCH(bool, taken);
+    const QHash<QString, QImage> pictures = SymbolStore::decode(file, stamp);
+    QCOMPARE(pictures.isEmpty(), !taken);
+    if (!taken)
+        return;
+    SymbolView::remember(pictures);
+    QVERIFY(!SymbolView::drawn().fresh);
+    // Taken as drawn: a name no theme has shows the kept picture, and an emoji stays text.
+    const QPixmap kept = SymbolView::icon(u"no-theme-has-this"_s, Qt::white, 16, 1.5);
+    QCOMPARE(kept.devicePixelRatio(), 1.5);
+    QCOMPARE(kept.toImage().pixelColor(5, 5), QColor(Qt::red));
+    QVERIFY(SymbolView::icon(u"🙂"_s, Qt::white, 16, 1.5).isNull());
+    QVERIFY(!SymbolView::drawn().fresh);
+    SymbolView::icon(u"folder"_s, Qt::white, 16, 1.5);
+    QVERIFY(SymbolView::drawn().fresh);
 }
 
 void TestViews::barComesBackOnTheScreenItWasLeftOn_data()

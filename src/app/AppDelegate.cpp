@@ -17,6 +17,8 @@
 #include "bar/BarView.h"
 #include "bar/FlyoutController.h"
 #include "bar/RunQuestionBox.h"
+#include "bar/SymbolStore.h"
+#include "bar/SymbolView.h"
 #include "diagnostics/SessionReport.h"
 #include "editor/ItemMenu.h"
 #include "platform/Log.h"
@@ -135,6 +137,9 @@ void AppDelegate::settle(StartupScript& script, const QProcessEnvironment& envir
     for (const QString& line : SessionReport::startupLines(SessionReport::gather(*m_platform), session))
         Log::line(line);
     m_visibility->start();
+    // The symbols of this start, for the next one to show without the icon themes.
+    if (const SymbolView::Drawn drawn = SymbolView::drawn(); drawn.fresh)
+        m_symbolsKept = SymbolStore::write(SymbolStore::encode(drawn.pictures, SymbolStore::stamp()));
     script.scheduleLaterSteps({m_session->document(), *m_placement, *m_editor, *m_taps, m_drag, m_updater});
 }
 

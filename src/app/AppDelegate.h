@@ -7,6 +7,7 @@
 
 #include <QObject>
 #include <QProcessEnvironment>
+#include <future>
 #include <memory>
 
 class Actions;
@@ -67,6 +68,7 @@ private:
     ConfigSession* m_session = nullptr;
     ContextTracker* m_context = nullptr;
     UpdateCheck* m_updater = nullptr;
+    std::future<void> m_symbolsKept; // waited for when the bar quits
     BarVisibility* m_visibility = nullptr;
     EditorLauncher* m_editor = nullptr;
     std::unique_ptr<Hotkey> m_hotkey;

@@ -5,6 +5,7 @@
 #include "app/InstanceServer.h"
 #include "app/TerminationSignals.h"
 #include "app/UpdateFeed.h"
+#include "bar/SymbolStore.h"
 #include "bar/SymbolView.h"
 #include "config/Config.h"
 #include "config/ConfigDocument.h"
@@ -13,6 +14,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/Session.h"
+#include "platform/Warmup.h"
 
 #include <QApplication>
 #include <QProcessEnvironment>
@@ -126,15 +128,20 @@ int main(int argc, char* argv[])
     // folder is this process's from here on.
     std::future<Config::Loaded> configuration =
         std::async(std::launch::async, [] { return Config::loadDocument(); });
+    const std::future<void> fontsRead = Warmup::fonts();
+    std::future<QByteArray> symbolsRead = std::async(std::launch::async, &SymbolStore::read);
     const std::optional<QByteArray> platformChoice = forceX11();
     QApplication application(argc, argv);
     restore(platformChoice);
+    const std::future<void> busReached = Warmup::sessionBus();
+    fontsRead.wait_for(Warmup::fontsWorthWaitingFor); // the first chip measured would read them again
     QApplication::setApplicationName(QStringLiteral("vantril"));
     QApplication::setApplicationVersion(QStringLiteral(VANTRIL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("vantril"));
     QApplication::setQuitOnLastWindowClosed(false);
     TerminationSignals::quitOnThem();
     SymbolView::useIconThemes();
+    SymbolView::remember(SymbolStore::decode(symbolsRead.get(), SymbolStore::stamp()));
 
     return runBar(claim, *parsed.command, std::move(configuration));
 }

@@ -16,6 +16,18 @@ QString ownPicture(const QString& name)
     return QStringLiteral(":/symbols/") + name + QStringLiteral(".svg");
 }
 
+QHash<QString, QPixmap>& pictures()
+{
+    static QHash<QString, QPixmap> drawn;
+    return drawn;
+}
+
+bool& drewFresh()
+{
+    static bool fresh = false;
+    return fresh;
+}
+
 } // namespace
 
 namespace SymbolView {
@@ -50,7 +62,7 @@ QString source(const QString& name)
 QPixmap icon(const QString& name, const QColor& color, int size, qreal devicePixelRatio)
 {
     // Rebuilding the bar asks for the same few icons again and again; finding them in the theme is not free.
-    static QHash<QString, QPixmap> cache;
+    QHash<QString, QPixmap>& cache = pictures();
     const QString key = name + QLatin1Char('|') + color.name(QColor::HexArgb) + QLatin1Char('|') +
                         QString::number(size * devicePixelRatio);
     if (const auto it = cache.constFind(key); it != cache.constEnd())
@@ -71,7 +83,24 @@ QPixmap icon(const QString& name, const QColor& color, int size, qreal devicePix
         }
     }
     cache.insert(key, result);
+    drewFresh() = true;
     return result;
+}
+
+Drawn drawn()
+{
+    Drawn result;
+    result.fresh = drewFresh();
+    for (auto it = pictures().cbegin(); it != pictures().cend(); ++it)
+        result.pictures.insert(it.key(), it.value().toImage());
+    return result;
+}
+
+void remember(const QHash<QString, QImage>& earlier)
+{
+    for (auto it = earlier.cbegin(); it != earlier.cend(); ++it)
+        pictures().insert(it.key(), QPixmap::fromImage(it.value()));
+    drewFresh() = false;
 }
 
 } // namespace SymbolView

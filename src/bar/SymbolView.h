@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QColor>
+#include <QHash>
+#include <QImage>
 #include <QPixmap>
 #include <QString>
 
@@ -15,5 +17,17 @@ void useIconThemes();
 QString source(const QString& name);
 /// The recoloured icon, or a null pixmap when the name is to be drawn as text.
 QPixmap icon(const QString& name, const QColor& color, int size, qreal devicePixelRatio);
+
+/// Every picture drawn so far, by name, colour and size (null for a name drawn as text); `fresh` says
+/// whether any of them was drawn since the last `remember`.
+struct Drawn
+{
+    QHash<QString, QImage> pictures;
+    bool fresh = false;
+};
+Drawn drawn();
+/// Takes pictures drawn by an earlier run, with the same themes, as drawn: the bar can then show without
+/// loading the icon themes and the SVG renderer at all.
+void remember(const QHash<QString, QImage>& pictures);
 
 } // namespace SymbolView

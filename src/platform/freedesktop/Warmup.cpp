@@ -31,5 +31,5 @@ std::future<void> Warmup::fonts()
 std::future<void> Warmup::sessionBus()
 {
     // Qt keeps the connection once made; the bridge then finds it, as do the portals later.
-    return whenIdle([] { QDBusConnection::sessionBus(); });
+    return std::async(std::launch::async, [] { QDBusConnection::sessionBus(); });
 }
