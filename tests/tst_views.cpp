@@ -33,6 +33,7 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -68,6 +69,7 @@ private Q_SLOTS:
     void iconsAreSmallAndNeverMissing();
     void symbolsComeBackOnlyFromTheSameThemes_data();
     void symbolsComeBackOnlyFromTheSameThemes();
+    void keptSymbolsAreReadOnlyFromAPlainFile();
 };
 
 namespace {
@@ -604,6 +606,23 @@ void TestViews::symbolsComeBackOnlyFromTheSameThemes()
     QVERIFY(!SymbolView::drawn().fresh);
     SymbolView::icon(u"folder"_s, Qt::white, 16, 1.5);
     QVERIFY(SymbolView::drawn().fresh);
+}
+
+void TestViews::keptSymbolsAreReadOnlyFromAPlainFile()
+{
+    QTemporaryDir cache;
+    const std::optional<QByteArray> before =
+        qEnvironmentVariableIsSet("XDG_CACHE_HOME") ? std::optional(qgetenv("XDG_CACHE_HOME")) : std::nullopt;
+    qputenv("XDG_CACHE_HOME", cache.path().toLocal8Bit());
+    const auto restore =
+        qScopeGuard([&] { before ? qputenv("XDG_CACHE_HOME", *before) : qunsetenv("XDG_CACHE_HOME"); });
+    QCOMPARE(SymbolStore::path(), cache.filePath(u"vantril/symbols"_s));
+    SymbolStore::write("kept").wait();
+    QCOMPARE(SymbolStore::read(), QByteArray("kept"));
+    // A FIFO in its place would hold the bar's start until something wrote to it.
+    QVERIFY(QFile::remove(SymbolStore::path()));
+    QCOMPARE(::mkfifo(QFile::encodeName(SymbolStore::path()).constData(), 0644), 0);
+    QCOMPARE(SymbolStore::read(), QByteArray());
 }
 
 void TestViews::barComesBackOnTheScreenItWasLeftOn_data()

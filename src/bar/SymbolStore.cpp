@@ -12,8 +12,10 @@
 namespace {
 
 constexpr quint32 magic = 0x56534d31; // "VSM1"
-// Symbols are drawn at a few dozen pixels; anything far larger is not this program's file.
+// Symbols are drawn at a few dozen pixels, a few hundred of them at most; anything far larger is not
+// this program's file.
 constexpr int largestSide = 1024;
+constexpr qint64 largestFile = 8 * 1024 * 1024;
 
 QByteArray themeFilesStamp()
 {
@@ -41,14 +43,17 @@ namespace SymbolStore {
 
 QString path()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-           QStringLiteral("/vantril/symbols");
+    // Without a home folder there is no cache folder either, and nothing is kept.
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    return cache.isEmpty() ? QString() : cache + QStringLiteral("/vantril/symbols");
 }
 
 QByteArray read()
 {
+    // Only a plain file: opening a FIFO put there would wait for a writer, and the bar for it.
     QFile file(path());
-    if (!file.open(QIODevice::ReadOnly))
+    if (file.fileName().isEmpty() || !QFileInfo(file).isFile() || file.size() > largestFile ||
+        !file.open(QIODevice::ReadOnly))
         return {};
     return file.readAll();
 }
@@ -108,7 +113,7 @@ std::future<void> write(QByteArray contents)
 {
     return std::async(std::launch::async, [contents = std::move(contents)] {
         const QString file = path();
-        if (!QDir().mkpath(QFileInfo(file).path()))
+        if (file.isEmpty() || !QDir().mkpath(QFileInfo(file).path()))
             return;
         QSaveFile out(file);
         if (out.open(QIODevice::WriteOnly) && out.write(contents) == contents.size())

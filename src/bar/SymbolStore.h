@@ -15,7 +15,7 @@
 /// the stamp; removing the file (or any change above) draws everything afresh.
 namespace SymbolStore {
 
-/// "$XDG_CACHE_HOME/vantril/symbols".
+/// "$XDG_CACHE_HOME/vantril/symbols"; empty when the user has no cache folder.
 QString path();
 /// The file as it is, empty when there is none; callable from any thread, before the application exists.
 QByteArray read();
