@@ -4,6 +4,7 @@
 #include "actions/KeyCombo.h"
 #include "app/BarCommand.h"
 #include "app/CommandLine.h"
+#include "app/FolderLock.h"
 #include "app/InstancePaths.h"
 #include "app/InstanceProtocol.h"
 #include "config/Config.h"
@@ -11,6 +12,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSysInfo>
 #include <QTest>
 #include <unistd.h>
 
@@ -39,6 +41,7 @@ private Q_SLOTS:
     void channelLinesDecodeOrAreRefused();
     void socketIsPrivateAndNamedAfterTheFolder_data();
     void socketIsPrivateAndNamedAfterTheFolder();
+    void folderLockHasOneHolderAtATime();
 };
 
 namespace {
@@ -405,6 +408,28 @@ void TestKeys::socketIsPrivateAndNamedAfterTheFolder()
     const QFileInfo lockFolder(QFileInfo(InstancePaths::lockFile(at.filePath(spelling))).absolutePath());
     QCOMPARE(lockFolder.canonicalFilePath() == QFileInfo(at.filePath(u"cfg"_s)).canonicalFilePath(),
              sameFolder);
+}
+
+void TestKeys::folderLockHasOneHolderAtATime()
+{
+    QTemporaryDir root;
+    const QString path = InstancePaths::lockFile(root.path());
+    FolderLock::Attempt first = FolderLock::take(path);
+    QCOMPARE(first.outcome, FolderLock::Outcome::Taken);
+    // A second taker, even in this process, finds it held and who holds it.
+    QCOMPARE(FolderLock::take(path).outcome, FolderLock::Outcome::Held);
+    QCOMPARE(FolderLock::holder(path).pid, qint64(::getpid()));
+    QCOMPARE(FolderLock::holder(path).host, QSysInfo::machineHostName());
+    // A file left behind holds nothing: only a lock that is held keeps others out.
+    first.lock.reset();
+    QVERIFY(!QFileInfo::exists(path));
+    QVERIFY(writeAll(path, "4242\nvantril\nsomewhere\n"));
+    FolderLock::Attempt next = FolderLock::take(path);
+    QCOMPARE(next.outcome, FolderLock::Outcome::Taken);
+    // Where no file can be made, it says why in a few words.
+    const FolderLock::Attempt nowhere = FolderLock::take(root.filePath(u"missing/vantril.lock"_s));
+    QCOMPARE(nowhere.outcome, FolderLock::Outcome::Failed);
+    QCOMPARE(nowhere.error, u"it cannot be created"_s);
 }
 
 QTEST_APPLESS_MAIN(TestKeys)

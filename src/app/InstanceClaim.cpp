@@ -1,5 +1,6 @@
 #include "InstanceClaim.h"
 
+#include "app/FolderLock.h"
 #include "app/InstancePaths.h"
 #include "app/InstanceProtocol.h"
 #include "app/LocalSocket.h"
@@ -62,12 +63,6 @@ QString socketPathOf(const QString& dir)
     return InstancePaths::socketPath(dir, qEnvironmentVariable("XDG_RUNTIME_DIR"), QDir::tempPath());
 }
 
-QString lockError(QLockFile::LockError error)
-{
-    return error == QLockFile::PermissionError ? QStringLiteral("permission denied")
-                                               : QStringLiteral("it cannot be created");
-}
-
 } // namespace
 
 InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand& command)
@@ -82,12 +77,13 @@ InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand
     if (command.startsBar())
         QDir().mkpath(dir);
 
-    auto lock = std::make_unique<QLockFile>(InstancePaths::lockFile(dir));
-    // A bar holds its lock for days: age says nothing. Only a holder that no longer runs lets it go.
-    lock->setStaleLockTime(0);
+    const QString lockPath = InstancePaths::lockFile(dir);
+    // A bar holds its lock for days, and the kernel lets it go when the bar ends, however it ends: only a
+    // bar that runs holds it.
     const QDeadlineTimer deadline(listenWithinMs);
-    while (!lock->tryLock(0)) {
-        if (lock->error() != QLockFile::LockFailedError) {
+    FolderLock::Attempt attempt = FolderLock::take(lockPath);
+    while (attempt.outcome != FolderLock::Outcome::Taken) {
+        if (attempt.outcome == FolderLock::Outcome::Failed) {
             // Another bar on this folder could not hold the lock either, but may listen all the same.
             if (const auto status = handOver(socketPathOf(dir), arguments)) {
                 claim.m_exitStatus = status;
@@ -96,7 +92,7 @@ InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand
             } else {
                 Log::line(
                     QStringLiteral("vantril: cannot make a lock file in \"%1\" (%2); running without one")
-                        .arg(QDir::toNativeSeparators(dir), lockError(lock->error())));
+                        .arg(QDir::toNativeSeparators(dir), attempt.error));
                 claim.m_dir = dir;
             }
             return claim;
@@ -106,26 +102,25 @@ InstanceClaim InstanceClaim::take(const QStringList& arguments, const BarCommand
             return claim;
         }
         if (deadline.hasExpired()) {
-            qint64 pid = 0;
-            QString host;
-            lock->getLockInfo(&pid, &host, nullptr);
-            const QString holder = host.isEmpty() || host == QSysInfo::machineHostName()
-                                       ? QStringLiteral("process %1").arg(pid)
-                                       : QStringLiteral("process %1 on %2").arg(pid).arg(host);
-            Log::line(QStringLiteral("vantril: the bar of \"%1\" (%2) does not answer; if it no longer runs, "
-                                     "remove \"%3\"")
-                          .arg(QDir::toNativeSeparators(dir), holder,
-                               QDir::toNativeSeparators(InstancePaths::lockFile(dir))));
+            const FolderLock::Holder holder = FolderLock::holder(lockPath);
+            const QString process = holder.host.isEmpty() || holder.host == QSysInfo::machineHostName()
+                                        ? QStringLiteral("process %1").arg(holder.pid)
+                                        : QStringLiteral("process %1 on %2").arg(holder.pid).arg(holder.host);
+            // The lock is held, so that process runs: it is stuck, or a bar too old to answer.
+            Log::line(QStringLiteral("vantril: the bar of \"%1\" (%2) runs but does not answer; end it to "
+                                     "start another")
+                          .arg(QDir::toNativeSeparators(dir), process));
             claim.m_exitStatus = 1;
             return claim;
         }
         QThread::msleep(retryEveryMs);
+        attempt = FolderLock::take(lockPath);
     }
     if (!command.startsBar()) {
-        claim.m_exitStatus = 0; // the lock goes with `lock`: no bar ran
+        claim.m_exitStatus = 0; // the lock goes with `attempt`: no bar ran
         return claim;
     }
-    claim.m_lock = std::move(lock);
+    claim.m_lock = std::move(attempt.lock);
     claim.m_dir = dir;
     return claim;
 }

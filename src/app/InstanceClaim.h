@@ -2,14 +2,15 @@
 
 #include "app/BarCommand.h"
 
-#include <QLockFile>
 #include <memory>
 #include <optional>
 
 /// One bar per configuration folder. The bar holds a lock file in the folder for as long as it runs; a
 /// copy started while it runs hands its command line to it over a local socket, prints the answer and
-/// ends. A lock or socket left behind by a copy that crashed is taken over: the lock records the
-/// process, which no longer runs.
+/// ends. A lock or socket left behind by a copy that crashed is taken over: the kernel let go of the
+/// lock when that copy ended.
+class FolderLock;
+
 class InstanceClaim
 {
 public:
@@ -27,6 +28,6 @@ public:
 
 private:
     std::optional<int> m_exitStatus;
-    std::unique_ptr<QLockFile> m_lock;
+    std::shared_ptr<FolderLock> m_lock;
     QString m_dir;
 };
