@@ -1,6 +1,5 @@
 #include "InstanceClaim.h"
 
-#include "app/FolderLock.h"
 #include "app/InstancePaths.h"
 #include "app/InstanceProtocol.h"
 #include "app/LocalSocket.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/BarCommand.h"
+#include "app/FolderLock.h"
 
 #include <memory>
 #include <optional>
@@ -9,8 +10,6 @@
 /// copy started while it runs hands its command line to it over a local socket, prints the answer and
 /// ends. A lock or socket left behind by a copy that crashed is taken over: the kernel let go of the
 /// lock when that copy ended.
-class FolderLock;
-
 class InstanceClaim
 {
 public:
@@ -28,6 +27,6 @@ public:
 
 private:
     std::optional<int> m_exitStatus;
-    std::shared_ptr<FolderLock> m_lock;
+    std::unique_ptr<FolderLock> m_lock;
     QString m_dir;
 };
